@@ -1,0 +1,102 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Toolkit.h"
+#include "util/modALLUtilityAddress.h"
+#include "z80/modALLDisass.h"
+
+/// Listing lines and the address tables over them: all of the listing that needs no window.
+///
+/// A line's text is the only record of its address and byte count. It stands as
+///   columns 1-4    the address in hexadecimal
+///   columns 6-21   the bytes, two digits and a blank each
+///   columns 22-40  the instruction
+///   from column 42 the bytes as characters, each followed by a blank
+namespace modDISListing {
+
+inline constexpr std::int32_t INSTRUCTION_COLUMN = 21;  ///< characters before the instruction
+inline constexpr std::int32_t INSTRUCTION_WIDTH = 19;
+
+/// A built line and how many bytes its instruction takes (1 or more).
+struct BuiltLine {
+  std::string sLine;
+  std::int32_t lLength;
+};
+
+/// Decodes the instruction at an address and writes its line.
+/// @param lAddress  0 to 65535; throws std::out_of_range otherwise
+BuiltLine BuildListingLine(modALLDisass::ImageView abImage, std::int32_t lAddress);
+
+/// The address in a line's first four characters, 0 to 65535.
+std::int32_t LineAddress(std::string_view sLine);
+
+/// The number of bytes that a line shows in its four byte columns, 1 to 4.
+std::int32_t CountLineBytes(std::string_view sLine);
+
+/// The instruction column without leading and trailing blanks.
+std::string_view LineInstruction(std::string_view sLine);
+
+/// True when lAddress is one of the lCount addresses from lChanged on (with wrap); false for a
+/// count below 1.
+bool IsAddrInChange(std::int32_t lAddress, std::int32_t lChanged, std::int32_t lCount);
+
+/// True when one of the lLength addresses from lLine on is one of those changed.
+bool LineTouchesChange(std::int32_t lLine, std::int32_t lLength, std::int32_t lChanged,
+                       std::int32_t lCount);
+
+/// The four upper-case digits of an address text with leading zeros ("C0" gives "00C0"), or empty
+/// when the text is no hexadecimal number of up to four digits.
+std::string CompleteAddress(std::string_view sText);
+
+/// The lines of one window and, for every address, which line covers it.
+class Listing : public platform::ListLines {
+ public:
+  /// What RefreshFromAddress replaced: lRemoved lines from lFirst on by lInserted new ones.
+  struct Replaced {
+    std::int32_t lFirst = 0;
+    std::int32_t lRemoved = 0;
+    std::int32_t lInserted = 0;  ///< 0: the address is no line start, nothing was replaced
+  };
+
+  std::int32_t LineCount() const override { return static_cast<std::int32_t>(asLine.size()); }
+  std::string_view Line(std::int32_t lIndex) const override {
+    return asLine[static_cast<std::size_t>(lIndex)];
+  }
+
+  /// No lines, and every entry of both tables 0.
+  void Clear();
+  void Append(std::string sLine) { asLine.push_back(std::move(sLine)); }
+
+  /// Refills lLineIndex and bLineStart from the line texts.
+  void RebuildAddressMaps();
+
+  /// Decodes again from the line start lAddress until the old and the new instruction boundaries
+  /// agree, within lStartAddr to lEndAddr; abImage already holds the new bytes.
+  Replaced RefreshFromAddress(modALLDisass::ImageView abImage, std::int32_t lAddress,
+                              std::int32_t lStartAddr, std::int32_t lEndAddr);
+
+  /// The line that covers an address, 0 to 65535; 0 also where none does.
+  std::int32_t LineIndex(std::int32_t lAddress) const {
+    return lLineIndex[static_cast<std::size_t>(lAddress)];
+  }
+  /// True when a listed instruction starts at an address, 0 to 65535.
+  bool IsLineStart(std::int32_t lAddress) const {
+    return bLineStart[static_cast<std::size_t>(lAddress)] != 0;
+  }
+  /// The line that starts at an address, or -1; any 32-bit number may be asked for.
+  std::int32_t LineStartingAt(std::int32_t lAddress) const;
+
+ private:
+  void MapLine(std::int32_t lIndex);
+
+  std::vector<std::string> asLine;
+  std::array<std::int32_t, modALLUtility::ADDRESS_SPACE> lLineIndex{};
+  std::array<std::uint8_t, modALLUtility::ADDRESS_SPACE> bLineStart{};
+};
+
+}  // namespace modDISListing
