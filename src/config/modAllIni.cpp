@@ -1,0 +1,171 @@
+#include "config/modAllIni.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "config/modALLProcessError.h"
+#include "config/modALLProcessFolders.h"
+#include "config/modAllIniLines.h"
+#include "platform/Environment.h"
+#include "platform/ExclusiveFile.h"
+#include "platform/Toolkit.h"
+#include "util/modALLUtilityMessages.h"
+
+namespace modAllIni {
+
+namespace {
+
+constexpr int OPEN_ATTEMPTS = 50;
+constexpr std::uint32_t OPEN_RETRY_MILLISECONDS = 50;
+constexpr std::uint32_t INVALID_HANDLE = 0xFFFFFFFF;
+
+IniLines asIniLine(1);
+std::vector<std::uint8_t> abIniLineState(1, LINE_AS_LOADED);
+bool bIniDirty = false;
+bool bIniLoaded = false;
+std::uint32_t hIniFile = 0;
+
+// Set when the load on first use has failed: reading the 78 values of all window placements must
+// not mean 78 times two and a half seconds of attempts, nor 78 messages.
+bool bIniLoadFailed = false;
+
+bool IniIsOpen() { return hIniFile != 0 && hIniFile != INVALID_HANDLE; }
+
+void IniClose() {
+  if (IniIsOpen()) platform::CloseSystemHandle(hIniFile);
+  hIniFile = 0;
+}
+
+bool IniOpen() {
+  if (IniIsOpen()) return true;
+  const std::string sPath =
+      modALLProcess::LocalAppFolder() + platform::PATH_SEPARATOR + "VARNEL.ini";
+  for (int iAttempt = 0; iAttempt < OPEN_ATTEMPTS; ++iAttempt) {
+    hIniFile = platform::OpenExclusiveFile(sPath);
+    if (IniIsOpen()) return true;
+    hIniFile = 0;
+    platform::SleepMilliseconds(OPEN_RETRY_MILLISECONDS);
+  }
+  return false;
+}
+
+std::optional<IniLines> IniReadLines(std::uint32_t hFile) {
+  const auto sText = platform::ReadExclusiveFile(hFile);
+  if (!sText) return std::nullopt;
+  return IniSplitText(*sText);
+}
+
+bool IniWriteLines(std::uint32_t hFile, const IniLines& asLine) {
+  return platform::WriteExclusiveFile(hFile, IniJoinLines(asLine));
+}
+
+// Runs one use of the file, which is closed afterwards whatever happens in it; an error in it, such
+// as memory running out over a huge file, is a failure.
+template <typename fnUse>
+bool WithIniFile(fnUse fnDo) {
+  bool bDone = false;
+  try {
+    bDone = IniOpen() && fnDo();
+  } catch (const std::exception&) {
+    bDone = false;
+  }
+  IniClose();
+  return bDone;
+}
+
+// Inserts a line into the store; lAt is at most the number of its lines.
+void InsertStoreLine(std::size_t lAt, std::string sText, std::uint8_t bState) {
+  IniInsertLine(asIniLine, lAt, std::move(sText));
+  abIniLineState.insert(abIniLineState.begin() + static_cast<std::ptrdiff_t>(lAt), bState);
+}
+
+void IniLoadOnFirstUse() {
+  if (bIniLoaded || bIniLoadFailed || IniLoad()) return;
+  bIniLoadFailed = true;
+  modALLUtility::ShowMessage("Unable to load configuration file",
+                             modALLUtility::MSG_EXCLAMATION + modALLUtility::MSG_OK_ONLY,
+                             modALLUtility::TITLE_ERROR);
+  // The first window loads before any is active: it opens at its default place, and a later save
+  // still merges into whatever the file then holds.
+  if (platform::Form* const frmActive = platform::TheToolkit().ActiveForm()) {
+    frmActive->Unload();
+    platform::TheToolkit().EndProgram(1);
+  }
+}
+
+std::optional<std::string> IniStoredValue(std::string_view sSection, std::string_view sKey) {
+  const auto tSection = IniFindSection(asIniLine, sSection);
+  if (!tSection) return std::nullopt;
+  const auto lLine = IniFindKey(asIniLine, *tSection, sKey);
+  if (!lLine) return std::nullopt;
+  return std::string(IniParseKey(asIniLine[*lLine])->sValue);
+}
+
+}  // namespace
+
+std::string IniGetValue(std::string_view sSection, std::string_view sKey,
+                        std::string_view sDefault) {
+  try {
+    IniLoadOnFirstUse();
+    if (auto sValue = IniStoredValue(sSection, IniTrim(sKey))) return *std::move(sValue);
+  } catch (const std::exception&) {
+    // Nothing to do about it here; the default serves.
+  }
+  return std::string(IniTrim(sDefault));
+}
+
+bool IniSetValue(std::string_view sSection, std::string_view sKey, std::string_view sValue) {
+  sSection = IniTrim(sSection);
+  sKey = IniTrim(sKey);
+  if (sKey.empty() || sSection.empty()) return true;
+  std::string sLine = std::string(sKey) + "=" + std::string(IniTrim(sValue));
+  if (const auto tSection = IniFindSection(asIniLine, sSection)) {
+    if (const auto lLine = IniFindKey(asIniLine, *tSection, sKey)) {
+      if (abIniLineState[*lLine] == LINE_SET_HERE && asIniLine[*lLine] == sLine) return true;
+      asIniLine[*lLine] = std::move(sLine);
+      abIniLineState[*lLine] = LINE_SET_HERE;
+    } else {
+      InsertStoreLine(tSection->lEnd, std::move(sLine), LINE_SET_HERE);
+    }
+  } else {
+    if (IniIsEmptyStore(asIniLine)) {
+      asIniLine.clear();
+      abIniLineState.clear();
+    }
+    InsertStoreLine(asIniLine.size(), "[" + std::string(sSection) + "]", LINE_AS_LOADED);
+    InsertStoreLine(asIniLine.size(), std::move(sLine), LINE_SET_HERE);
+  }
+  bIniDirty = true;
+  return true;
+}
+
+bool IniFlush() {
+  if (!bIniDirty) return true;
+  return WithIniFile([] {
+           auto asFileLine = IniReadLines(hIniFile);
+           if (!asFileLine) return false;
+           IniApplyChanges(asIniLine, abIniLineState, *asFileLine);
+           IniDropEmptySections(*asFileLine);
+           return IniWriteLines(hIniFile, *asFileLine);
+         }) &&
+         IniLoad();
+}
+
+bool IniLoad() {
+  return WithIniFile([] {
+    auto asFileLine = IniReadLines(hIniFile);
+    if (!asFileLine) return false;
+    std::vector<std::uint8_t> abState(asFileLine->size(), LINE_AS_LOADED);
+    asIniLine = *std::move(asFileLine);
+    abIniLineState = std::move(abState);
+    bIniDirty = false;
+    bIniLoaded = true;
+    return true;
+  });
+}
+
+}  // namespace modAllIni

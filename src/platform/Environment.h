@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+/// Folders, files and time, as far as they differ between systems.
+namespace platform {
+
+/// Stands between the parts of a path.
+extern const char PATH_SEPARATOR;
+
+/// The folder under which programs keep lasting settings of the current user: the environment
+/// variable LOCALAPPDATA. Linux, where it is not set: XDG_DATA_HOME, else ~/.local/share, as the
+/// XDG Base Directory Specification has it, with missing folders made.
+/// @return the path without a trailing separator; none when there is no such folder that other
+///         users cannot change
+std::optional<std::string> UserDataFolder();
+
+/// The folder under which programs of the current user hand files to each other: the environment
+/// variable TEMP. Linux, where it is not set: XDG_RUNTIME_DIR when it is the user's alone, else
+/// the folder varnel-<user id> in TMPDIR or /tmp, made when missing.
+/// @return as UserDataFolder
+std::optional<std::string> UserTempFolder();
+
+/// Whether a file or a folder exists under a path.
+bool PathExists(const std::string& sPath);
+
+/// Creates one folder, open to the current user alone; its parent must exist.
+/// @return false when there is nothing under that path afterwards
+bool CreateFolder(const std::string& sPath);
+
+/// A file's whole contents, or why there are none.
+struct FileText {
+  enum class Outcome : std::uint8_t { Read, Missing, Unreadable } eOutcome = Outcome::Unreadable;
+  std::string sText;  ///< byte for byte; empty unless read
+};
+
+/// Reads a whole file; anything but a plain file is unreadable.
+FileText ReadFileText(const std::string& sPath);
+
+/// Lets the thread sleep.
+void SleepMilliseconds(std::uint32_t lMilliseconds);
+
+}  // namespace platform

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/SystemHandle.h"
+
+/// A file that one opening holds alone, among all processes that open it through this seam. Closed
+/// with CloseSystemHandle, or by the end of the process, however it ends.
+namespace platform {
+
+/// Opens a file for reading and writing, shared with nobody, and creates it empty when missing.
+/// Does not wait.
+/// @return its handle, or 0 when anyone holds it already or it cannot be opened
+std::uint32_t OpenExclusiveFile(const std::string& sPath);
+
+/// The whole contents, byte for byte; none when it cannot be read or has 4 GB or more.
+std::optional<std::string> ReadExclusiveFile(std::uint32_t hFile);
+
+/// Replaces the whole contents. The handle goes on holding the file alone.
+/// @return false when the new text could not be stored; where the system can replace a file in one
+///         step (Linux) the old contents then stand
+bool WriteExclusiveFile(std::uint32_t hFile, std::string_view sText);
+
+}  // namespace platform

@@ -1,0 +1,111 @@
+#include "platform/ExclusiveFile.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <utility>
+
+#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/SystemObject.h"
+
+namespace platform {
+
+namespace {
+
+// Whether a path leads to an open file, through symbolic links where there are any.
+bool LeadsTo(const std::string& sPath, const FileDescriptor& tFile) {
+  struct stat tNamed = {};
+  const auto tOpened = tFile.Status();
+  return tOpened && ::stat(sPath.c_str(), &tNamed) == 0 && SameFile(tNamed, *tOpened);
+}
+
+bool LockWhole(const FileDescriptor& tFile) { return tFile.Lock(F_OFD_SETLK, F_WRLCK, 0, 0); }
+
+// The lock is on the file itself; replacing the file means that the holder's lock moves to the new
+// one before its name does, so that at every moment the name leads to a locked file.
+class ExclusiveFile final : public SystemObject {
+ public:
+  ExclusiveFile(FileDescriptor tLocked, std::string sPathOpened)
+      : tFile(std::move(tLocked)), sPath(std::move(sPathOpened)) {}
+
+  std::optional<std::string> Read() const { return tFile.ReadAll(); }
+
+  // The new text goes into a file beside the old one, which takes its name when all of it is on the
+  // disk: a crash or a full disk at any moment leaves the old or the new text whole.
+  bool Write(std::string_view sText) {
+    const std::unique_ptr<char, decltype(&std::free)> pTarget(::realpath(sPath.c_str(), nullptr),
+                                                              &std::free);
+    if (pTarget == nullptr) return false;
+    const std::string sTarget = pTarget.get();
+    const std::string sNew = sTarget + ".new";
+    ::unlink(sNew.c_str());  // what a crashed holder left
+    FileDescriptor tNew = OpenFile(sNew, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    if (!tNew.IsOpen()) return false;
+    if (LockWhole(tNew) && tNew.WriteAll(sText) && TakeOver(tNew, sTarget) &&
+        ::rename(sNew.c_str(), sTarget.c_str()) == 0) {
+      tFile = std::move(tNew);
+      return true;
+    }
+    const int lError = errno;
+    ::unlink(sNew.c_str());
+    errno = lError;
+    return false;
+  }
+
+ private:
+  // Readies a new file for the name of the one that is held: same owner, group and mode, on the
+  // disk. A program that knows nothing of the lock may have replaced the held file meanwhile; its
+  // text must stand.
+  bool TakeOver(const FileDescriptor& tNew, const std::string& sTarget) const {
+    const auto tOld = tFile.Status();
+    if (!tOld || ::fchown(tNew.Get(), tOld->st_uid, tOld->st_gid) != 0 ||
+        ::fchmod(tNew.Get(), tOld->st_mode & 07777U) != 0 || ::fsync(tNew.Get()) != 0) {
+      return false;
+    }
+    errno = ESTALE;
+    return LeadsTo(sTarget, tFile);
+  }
+
+  FileDescriptor tFile;
+  std::string sPath;
+};
+
+}  // namespace
+
+std::uint32_t OpenExclusiveFile(const std::string& sPath) {
+  for (;;) {
+    FileDescriptor tFile = OpenFile(sPath, O_RDWR | O_CREAT | O_NONBLOCK, 0600);
+    const auto tStatus = tFile.Status();
+    if (tStatus && !S_ISREG(tStatus->st_mode)) errno = EINVAL;
+    if (!tStatus || !S_ISREG(tStatus->st_mode) || !LockWhole(tFile)) {
+      SetLastSystemError(errno);
+      return 0;
+    }
+    // Its holder may have replaced the file between opening and lock.
+    if (LeadsTo(sPath, tFile)) {
+      return AddSystemObject(std::make_unique<ExclusiveFile>(std::move(tFile), sPath));
+    }
+  }
+}
+
+std::optional<std::string> ReadExclusiveFile(std::uint32_t hFile) {
+  const auto* const pFile = SystemObjectAs<ExclusiveFile>(hFile);
+  if (pFile == nullptr) return std::nullopt;
+  auto sText = pFile->Read();
+  if (!sText) SetLastSystemError(errno);
+  return sText;
+}
+
+bool WriteExclusiveFile(std::uint32_t hFile, std::string_view sText) {
+  auto* const pFile = SystemObjectAs<ExclusiveFile>(hFile);
+  if (pFile == nullptr) return false;
+  const bool bWritten = pFile->Write(sText);
+  if (!bWritten) SetLastSystemError(errno);
+  return bWritten;
+}
+
+}  // namespace platform

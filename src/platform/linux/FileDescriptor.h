@@ -1,0 +1,59 @@
+#pragma once
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// Owns an open file description's descriptor. Calls that fail leave their reason in errno.
+class FileDescriptor {
+ public:
+  FileDescriptor() = default;
+  explicit FileDescriptor(int hNew) : hDescriptor(hNew) {}
+  FileDescriptor(FileDescriptor&& tOther) noexcept;
+  FileDescriptor& operator=(FileDescriptor&& tOther) noexcept;
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  ~FileDescriptor();
+
+  bool IsOpen() const { return hDescriptor >= 0; }
+  int Get() const { return hDescriptor; }
+
+  /// What the open file is; none on failure.
+  std::optional<struct stat> Status() const;
+
+  /// The whole of a plain file under 4 GB.
+  std::optional<std::string> ReadAll() const;
+
+  /// Appends a text whole.
+  bool WriteAll(std::string_view sText) const;
+
+  /// An open-file-description lock (fcntl(2)): it belongs to this opening, not to the process, and
+  /// goes with it.
+  /// @param iCommand  F_OFD_SETLK, or F_OFD_SETLKW to wait
+  /// @param iType     F_RDLCK, F_WRLCK or F_UNLCK
+  /// @param lFirst    first byte; those of a file need not exist to be locked
+  /// @param lBytes    how many, 0 for all to the end
+  bool Lock(int iCommand, short iType, off_t lFirst, off_t lBytes) const;
+
+  /// Whether another opening holds any lock on a byte.
+  bool LockedElsewhere(off_t lByte) const;
+
+ private:
+  int hDescriptor = -1;
+};
+
+/// open(2), closed on exec, never a controlling terminal.
+FileDescriptor OpenFile(const std::string& sPath, int iFlags, mode_t lMode = 0);
+
+/// Whether two results of stat(2) are about the same file.
+inline bool SameFile(const struct stat& tLeft, const struct stat& tRight) {
+  return tLeft.st_dev == tRight.st_dev && tLeft.st_ino == tRight.st_ino;
+}
+
+}  // namespace platform
