@@ -16,6 +16,8 @@ constexpr std::size_t ADDRESS_DIGITS = 4;
 constexpr std::size_t BYTES_COLUMN = 5;
 constexpr std::size_t CHARACTERS_COLUMN = INSTRUCTION_COLUMN + INSTRUCTION_WIDTH + 1;
 
+std::uint32_t lImageVersion = 0;
+
 std::size_t Index(std::int32_t lValue) { return static_cast<std::size_t>(lValue); }
 
 }  // namespace
@@ -54,6 +56,10 @@ std::int32_t LineAddress(std::string_view sLine) {
   const std::string_view sDigits = sLine.substr(0, ADDRESS_DIGITS);
   std::from_chars(sDigits.data(), sDigits.data() + sDigits.size(), lAddress, 16);
   return lAddress;
+}
+
+std::int32_t LineLength(std::string_view sLine) {
+  return static_cast<std::int32_t>(sLine.size() - CHARACTERS_COLUMN) / 2;
 }
 
 std::int32_t CountLineBytes(std::string_view sLine) {
@@ -96,7 +102,24 @@ std::string CompleteAddress(std::string_view sText) {
   return sDigits;
 }
 
-void Listing::Clear() {
+void RefreshMemoryImage(modALLDisass::ImageView abRamImage) {
+  std::ranges::copy(abRamImage, modALLDisass::abMemoryImage.begin());
+  ++lImageVersion;
+}
+
+void WriteMemoryImage(std::int32_t lAddress, std::span<const std::uint8_t> abBytes) {
+  for (const std::uint8_t bValue : abBytes) {
+    modALLDisass::abMemoryImage[Index(lAddress)] = bValue;
+    lAddress = AddrAdd(lAddress, 1);
+  }
+  ++lImageVersion;
+}
+
+std::uint32_t MemoryImageVersion() { return lImageVersion; }
+
+void Listing::Clear(std::int32_t lRangeStart, std::int32_t lRangeEnd) {
+  lFirstAddr = lRangeStart;
+  lLastAddr = lRangeEnd;
   asLine.clear();
   bLineStart.fill(0);
   lLineIndex.fill(0);
@@ -126,21 +149,25 @@ std::int32_t Listing::LineStartingAt(std::int32_t lAddress) const {
   return LineIndex(lAddress);
 }
 
+std::int32_t Listing::LineAtOrBelow(std::int32_t lAddress) const {
+  const auto itAbove = std::ranges::upper_bound(asLine, lAddress, {}, LineAddress);
+  return static_cast<std::int32_t>(itAbove - asLine.begin()) - 1;
+}
+
 Listing::Replaced Listing::RefreshFromAddress(modALLDisass::ImageView abImage,
-                                              std::int32_t lAddress, std::int32_t lStartAddr,
-                                              std::int32_t lEndAddr) {
+                                              std::int32_t lAddress, std::int32_t lLastChanged) {
   const std::int32_t lFirst = LineStartingAt(lAddress);
-  if (lFirst < 0 || lAddress < lStartAddr || lAddress > lEndAddr) {
+  if (lFirst < 0 || !InRange(lAddress)) {
     return {};
   }
 
   std::vector<std::string> asNew;
   std::int32_t lInStep = ADDRESS_SPACE;  // where old and new boundaries agree again, if anywhere
-  for (std::int32_t lNext = lAddress; lNext <= lEndAddr;) {
+  for (std::int32_t lNext = lAddress; lNext <= lLastAddr;) {
     BuiltLine tBuilt = BuildListingLine(abImage, lNext);
     asNew.push_back(std::move(tBuilt.sLine));
     lNext += tBuilt.lLength;
-    if (lNext <= lEndAddr && IsLineStart(lNext)) {
+    if (lNext <= lLastAddr && lNext > lLastChanged && IsLineStart(lNext)) {
       lInStep = lNext;
       break;
     }
@@ -173,6 +200,35 @@ Listing::Replaced Listing::RefreshFromAddress(modALLDisass::ImageView abImage,
                    [lMoved](std::int32_t lLine) { return lLine != 0 ? lLine + lMoved : 0; });
   }
   return tReplaced;
+}
+
+std::vector<Listing::Replaced> Listing::RefreshChanged(modALLDisass::ImageView abImage,
+                                                       std::int32_t lChanged, std::int32_t lCount) {
+  std::vector<Replaced> atReplaced;
+  // Refreshes the lines that show a byte of lFrom to lTo, a piece that does not wrap.
+  const auto fnRefresh = [&](std::int32_t lFrom, std::int32_t lTo) {
+    std::int32_t lLine = LineAtOrBelow(lFrom);
+    if (lLine < 0 || LineAddress(Line(lLine)) + LineLength(Line(lLine)) <= lFrom) {
+      ++lLine;
+    }
+    if (lLine < LineCount() && LineAddress(Line(lLine)) <= lTo) {
+      atReplaced.push_back(RefreshFromAddress(abImage, LineAddress(Line(lLine)), lTo));
+    }
+  };
+  if (lCount < 1 || LineCount() == 0) {
+    return atReplaced;
+  }
+  const std::int32_t lEnd = lChanged + lCount - 1;
+  if (lEnd >= ADDRESS_SPACE) {
+    fnRefresh(0, lEnd - ADDRESS_SPACE);
+  }
+  fnRefresh(lChanged, std::min(lEnd, ADDRESS_SPACE - 1));
+  // The last line may show bytes from the other end of the address space.
+  const std::int32_t lLastLine = LineAddress(Line(LineCount() - 1));
+  if (BuildListingLine(abImage, lLastLine).sLine != Line(LineCount() - 1)) {
+    atReplaced.push_back(RefreshFromAddress(abImage, lLastLine, ADDRESS_SPACE - 1));
+  }
+  return atReplaced;
 }
 
 }  // namespace modDISListing

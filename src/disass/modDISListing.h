@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,9 @@ std::int32_t LineAddress(std::string_view sLine);
 /// The number of bytes that a line shows in its four byte columns, 1 to 4.
 std::int32_t CountLineBytes(std::string_view sLine);
 
+/// The number of bytes of a line's instruction, from its character column: 1 or more.
+std::int32_t LineLength(std::string_view sLine);
+
 /// The instruction column without leading and trailing blanks.
 std::string_view LineInstruction(std::string_view sLine);
 
@@ -53,14 +57,24 @@ bool LineTouchesChange(std::int32_t lLine, std::int32_t lLength, std::int32_t lC
 /// when the text is no hexadecimal number of up to four digits.
 std::string CompleteAddress(std::string_view sText);
 
+/// Takes a whole new copy of the emulated memory into the decoder's memory image.
+void RefreshMemoryImage(modALLDisass::ImageView abRamImage);
+
+/// Writes bytes into the decoder's memory image from lAddress on, from FFFFH on to 0000H.
+void WriteMemoryImage(std::int32_t lAddress, std::span<const std::uint8_t> abBytes);
+
+/// Counts the changes of the decoder's memory image, so that a listing in the making sees that
+/// another window has changed what its lines were decoded from.
+std::uint32_t MemoryImageVersion();
+
 /// The lines of one window and, for every address, which line covers it.
 class Listing : public platform::ListLines {
  public:
-  /// What RefreshFromAddress replaced: lRemoved lines from lFirst on by lInserted new ones.
+  /// What was replaced: lRemoved lines from lFirst on by lInserted new ones, 0: nothing.
   struct Replaced {
     std::int32_t lFirst = 0;
     std::int32_t lRemoved = 0;
-    std::int32_t lInserted = 0;  ///< 0: the address is no line start, nothing was replaced
+    std::int32_t lInserted = 0;
   };
 
   std::int32_t LineCount() const override { return static_cast<std::int32_t>(asLine.size()); }
@@ -68,17 +82,27 @@ class Listing : public platform::ListLines {
     return asLine[static_cast<std::size_t>(lIndex)];
   }
 
-  /// No lines, and every entry of both tables 0.
-  void Clear();
+  /// No lines, and every entry of both tables 0; the lines to come are those of a range.
+  void Clear(std::int32_t lRangeStart, std::int32_t lRangeEnd);
   void Append(std::string sLine) { asLine.push_back(std::move(sLine)); }
 
   /// Refills lLineIndex and bLineStart from the line texts.
   void RebuildAddressMaps();
 
-  /// Decodes again from the line start lAddress until the old and the new instruction boundaries
-  /// agree, within lStartAddr to lEndAddr; abImage already holds the new bytes.
+  /// Decodes again, from the line start lAddress until the old and the new instruction boundaries
+  /// agree behind lLastChanged, the last changed byte; abImage already holds the new bytes.
   Replaced RefreshFromAddress(modALLDisass::ImageView abImage, std::int32_t lAddress,
-                              std::int32_t lStartAddr, std::int32_t lEndAddr);
+                              std::int32_t lLastChanged);
+
+  /// Brings every line up to date that shows one of the lCount bytes (with wrap) changed from
+  /// lChanged on. What was replaced is to be told to a list in this order.
+  std::vector<Replaced> RefreshChanged(modALLDisass::ImageView abImage, std::int32_t lChanged,
+                                       std::int32_t lCount);
+
+  /// True when an address lies in the listed range.
+  bool InRange(std::int32_t lAddress) const {
+    return lAddress >= lFirstAddr && lAddress <= lLastAddr;
+  }
 
   /// The line that covers an address, 0 to 65535; 0 also where none does.
   std::int32_t LineIndex(std::int32_t lAddress) const {
@@ -93,7 +117,11 @@ class Listing : public platform::ListLines {
 
  private:
   void MapLine(std::int32_t lIndex);
+  std::int32_t LineAtOrBelow(std::int32_t lAddress) const;
 
+  // The listed range; the window's own runs ahead of it while the user enters a new one.
+  std::int32_t lFirstAddr = 0;
+  std::int32_t lLastAddr = 0;
   std::vector<std::string> asLine;
   std::array<std::int32_t, modALLUtility::ADDRESS_SPACE> lLineIndex{};
   std::array<std::uint8_t, modALLUtility::ADDRESS_SPACE> bLineStart{};

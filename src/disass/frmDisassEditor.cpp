@@ -1,0 +1,267 @@
+// The in-place editor over the instruction column, and the write into the emulated memory.
+
+#include <algorithm>
+#include <cmath>
+
+#include "disass/frmDisass.h"
+#include "disass/frmDisassDesign.h"
+#include "link/modALLSharedMap.h"
+#include "util/modALLUtilityMessages.h"
+#include "z80/modDISAsm.h"
+
+using modALLUtility::AddrAdd;
+using modALLUtility::Hex4;
+using modALLUtility::ShowMessage;
+
+namespace {
+
+// How far the editor reaches over its column: the list's border, and room for the editor's own.
+constexpr std::int32_t LIST_BORDER = 60;
+constexpr std::int32_t EXTRA_WIDTH = 90;
+constexpr std::int32_t EXTRA_HEIGHT = 60;
+
+constexpr std::int16_t KEY_ENTER = 13;
+constexpr std::int16_t KEY_ESC = 27;
+constexpr std::int16_t KEY_UP = 38;
+constexpr std::int16_t KEY_DOWN = 40;
+
+std::string Trimmed(const std::string& sText) {
+  const std::size_t lFirst = sText.find_first_not_of(' ');
+  return lFirst == std::string::npos
+             ? std::string{}
+             : sText.substr(lFirst, sText.find_last_not_of(' ') - lFirst + 1);
+}
+
+std::int32_t UpperCase(std::int32_t lCharacter) {
+  return lCharacter >= 'a' && lCharacter <= 'z' ? lCharacter - 'a' + 'A' : lCharacter;
+}
+
+bool SameText(std::string_view sLeft, std::string_view sRight) {
+  return std::ranges::equal(sLeft, sRight, {}, UpperCase, UpperCase);
+}
+
+}  // namespace
+
+bool frmDisass::txtAsm_KeyDown(std::int16_t iKeyCode) {
+  switch (iKeyCode) {
+    case KEY_ESC:
+      CloseAsmEditor(true);
+      return true;
+    case KEY_ENTER:
+      AssembleAndWrite();
+      return true;
+    case KEY_UP:
+      MoveAsmEditor(-1);
+      return true;
+    case KEY_DOWN:
+      MoveAsmEditor(+1);
+      return true;
+    default:
+      return false;
+  }
+}
+
+std::int32_t frmDisass::txtAsm_KeyPress(std::int32_t lCharacter) {
+  return lCharacter == KEY_ENTER ? 0 : UpperCase(lCharacter);
+}
+
+void frmDisass::OpenAsmEditor() {
+  const std::int32_t lLine = lstDis->SelectedIndex();
+  if (lLine < 0 || lLine >= tListing.LineCount()) {
+    return;
+  }
+  const std::string_view sLine = tListing.Line(lLine);
+  lEditAddr = modDISListing::LineAddress(sLine);
+  txtStart->SetEnabled(false);
+  txtEnd->SetEnabled(false);
+  cmdDisass->SetEnabled(false);
+
+  const std::int32_t lHeight = GetListItemHeight();
+  const platform::TwipsRect tList = lstDis->Place();
+  txtAsm->SetText(modDISListing::LineInstruction(sLine));
+  txtAsm->Move(
+      {.lLeft = tList.lLeft + LIST_BORDER +
+                GetListTextWidth(sLine.substr(0, modDISListing::INSTRUCTION_COLUMN)),
+       .lTop = tList.lTop + (lLine - lstDis->TopIndex()) * lHeight,
+       .lWidth = GetListTextWidth(std::string(modDISListing::INSTRUCTION_WIDTH, ' ')) + EXTRA_WIDTH,
+       .lHeight = lHeight + EXTRA_HEIGHT});
+  modDISListFollow::StartListFollow(lstDis->WindowHandle(), this);
+  txtAsm->SetVisible(true);
+  txtAsm->BringToFront();
+  ReturnToEditor();
+}
+
+void frmDisass::CloseAsmEditor(bool bFocusList) {
+  if (!EditorOpen()) {
+    return;
+  }
+  modDISListFollow::StopListFollow(lstDis->WindowHandle());
+  txtStart->SetEnabled(true);
+  txtEnd->SetEnabled(true);
+  cmdDisass->SetEnabled(true);
+  if (bFocusList) {
+    lstDis->SetFocus();
+  }
+  txtAsm->SetVisible(false);
+}
+
+void frmDisass::ReturnToEditor() {
+  txtAsm->SetFocus();
+  txtAsm->SelectAll();
+}
+
+void frmDisass::DisassEditFollowListScroll() {
+  if (!EditorOpen()) {
+    return;
+  }
+  const std::int32_t lLine = lstDis->SelectedIndex();
+  const std::int32_t lRow = lLine - lstDis->TopIndex();
+  if (lLine < 0 || lRow < 0 || lRow >= VisibleLines()) {
+    CloseAsmEditor(true);
+    return;
+  }
+  platform::TwipsRect tPlace = txtAsm->Place();
+  tPlace.lTop = lstDis->Place().lTop + lRow * GetListItemHeight();
+  txtAsm->Move(tPlace);
+}
+
+void frmDisass::MoveAsmEditor(std::int32_t lDelta) {
+  if (!EditorOpen() || tListing.LineCount() == 0) {
+    return;
+  }
+  const std::int32_t lSelected = lstDis->SelectedIndex();
+  const std::int32_t lLine = std::clamp(lSelected + lDelta, 0, tListing.LineCount() - 1);
+  if (lLine != lSelected) {
+    EnsureListIndexVisible(lLine);
+    SelectQuietly(lLine);
+    OpenAsmEditor();
+  }
+}
+
+void frmDisass::EditAtAddress(std::int32_t lAddress) {
+  const std::int32_t lLine = tListing.LineStartingAt(lAddress);
+  if (lLine >= 0 && tListing.InRange(lAddress)) {
+    EnsureListIndexVisible(lLine);
+    SelectQuietly(lLine);
+    OpenAsmEditor();
+  }
+}
+
+void frmDisass::AssembleAndWrite() {
+  const std::int32_t lLine = lstDis->SelectedIndex();
+  if (lLine < 0 || lLine >= tListing.LineCount()) {
+    return;
+  }
+  const std::int32_t lAddress = lEditAddr;
+  const std::string sLine(tListing.Line(lLine));
+  const std::string sNew = Trimmed(txtAsm->Text());
+  const std::int32_t lCurrent = modDISListing::CountLineBytes(sLine);
+  std::int32_t lWrite = lCurrent;
+
+  if (!SameText(sNew, modDISListing::LineInstruction(sLine))) {
+    modDISAsm::AsmBytes tBytes;
+    std::string sError;
+    if (!modDISAsm::AsmAssemble(sNew, lAddress, tBytes, sError)) {
+      ShowMessage(sError.empty() ? "Unable to assemble instruction" : sError,
+                  modALLUtility::MSG_EXCLAMATION, modALLUtility::TITLE_ERROR);
+      if (!bUnloaded && EditorOpen()) {
+        ReturnToEditor();
+      }
+      return;
+    }
+    if (tBytes.iLength < 1) {
+      return;
+    }
+    lWrite = std::max<std::int32_t>(tBytes.iLength, lCurrent);
+    if (!ConfirmWrite(sLine, tBytes.iLength, lWrite)) {
+      return;
+    }
+    // A shorter instruction is filled up with NOPs (00H), so that the next one stays where it is.
+    std::array<std::uint8_t, 4> abWrite{};
+    std::ranges::copy(tBytes.View(), abWrite.begin());
+    const std::span<const std::uint8_t> abWritten(abWrite.data(), static_cast<std::size_t>(lWrite));
+    modALLSharedMap::WriteRam(lAddress, abWritten);
+    modDISListing::WriteMemoryImage(lAddress, abWritten);
+    modALLSharedMap::SetRamChanged(0xFF);
+    RefreshFromChange(lAddress, lWrite);
+    NotifyOtherWindows(lAddress, static_cast<std::int16_t>(lWrite));
+  }
+
+  const std::int32_t lNext = lAddress + lWrite;
+  if (tListing.InRange(lNext)) {
+    EditAtAddress(lNext);
+  } else {
+    CloseAsmEditor(true);
+  }
+}
+
+/// Asks what has to be asked before lWrite bytes are written over the edited line's; false when
+/// nothing may be written.
+bool frmDisass::ConfirmWrite(const std::string& sLine, std::int32_t lNew, std::int32_t lWrite) {
+  const std::int32_t lAddress = lEditAddr;
+  const std::int32_t lCurrent = modDISListing::CountLineBytes(sLine);
+  const auto fnAsk = [&](const std::string& sQuestion, std::string_view sTitle) {
+    const bool bYes = ShowMessage(sQuestion,
+                                  modALLUtility::MSG_YES_NO + modALLUtility::MSG_EXCLAMATION +
+                                      modALLUtility::MSG_DEFAULT_BUTTON_2,
+                                  sTitle) == modALLUtility::MSG_RESULT_YES;
+    // While the question was open, the editor may have been closed or moved, or its line may have
+    // become another instruction. The answer was about what the question named, so it is void.
+    const std::int32_t lNow = bUnloaded ? -1 : tListing.LineStartingAt(lAddress);
+    if (lNow < 0 || !EditorOpen() || lEditAddr != lAddress || tListing.Line(lNow) != sLine) {
+      return false;
+    }
+    if (!bYes) {
+      ReturnToEditor();
+    }
+    return bYes;
+  };
+  if (!chkAllow->Checked() && RangeHasProtectedByte(lAddress, lWrite) &&
+      !fnAsk("One or more bytes that will be written are in protected RAM.\r\n\r\n"
+             "Start address: " +
+                 Hex4(lAddress) + "\r\nWrite length: " + std::to_string(lWrite) +
+                 " byte(s)\r\n\r\nDo you confirm writing to RAM?",
+             modALLUtility::TITLE_PROTECTED_RAM)) {
+    return false;
+  }
+  return chkLong->Checked() || lNew <= lCurrent ||
+         fnAsk(
+             "The assembled instruction is longer than the current instruction.\r\n\r\n"
+             "Address: " +
+                 Hex4(lAddress) + "\r\nCurrent length: " + std::to_string(lCurrent) +
+                 " byte(s)\r\nNew length: " + std::to_string(lNew) +
+                 " byte(s)\r\n\r\nThis may overwrite bytes belonging to the following "
+                 "instruction(s).\r\nDo you want to continue?",
+             modALLUtility::TITLE_ASSEMBLER_WARNING);
+}
+
+void frmDisass::NotifyOtherWindows(std::int32_t lAddress, std::int16_t iCount) {
+  if (iCount < 1) {
+    return;
+  }
+  for (const auto& pLoaded : platform::TheToolkit().LoadedForms()) {
+    if (const auto frmOther = std::dynamic_pointer_cast<frmDisass>(pLoaded);
+        frmOther != nullptr && frmOther.get() != this) {
+      frmOther->DisassExternalRamChanged(lAddress, iCount);
+    }
+  }
+}
+
+bool frmDisass::RangeHasProtectedByte(std::int32_t lAddress, std::int32_t lCount) {
+  if (lCount < 1) {
+    return false;
+  }
+  LoadProtectionMap();
+  for (std::int32_t lByte = 0; lByte < lCount; ++lByte) {
+    if (bProtMap[static_cast<std::size_t>(AddrAdd(lAddress, lByte))] != 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+void frmDisass::LoadProtectionMap() { modALLSharedMap::CopyProtectionMap(bProtMap); }
+
+std::int32_t frmDisass::GetListTextWidth(std::string_view sText) const {
+  return static_cast<std::int32_t>(std::nearbyint(lstDis->TextWidth(sText)));
+}

@@ -1,0 +1,73 @@
+// Mouse and keyboard on the listing, and the pop-up menu with the breakpoint command.
+
+#include <cmath>
+
+#include "disass/frmDisass.h"
+#include "disass/frmDisassDesign.h"
+#include "link/modALLProcessEvents.h"
+#include "link/modALLSharedMap.h"
+
+namespace {
+
+constexpr std::int16_t RIGHT_BUTTON = 2;
+constexpr std::int32_t ENTER = 13;
+
+}  // namespace
+
+void frmDisass::lstDis_Click() {
+  if (bListSelecting) {
+    return;
+  }
+  if (EditorOpen()) {
+    OpenAsmEditor();
+  } else {
+    do_UserActivity();
+  }
+}
+
+void frmDisass::lstDis_DblClick() { OpenAsmEditor(); }
+
+std::int32_t frmDisass::lstDis_KeyPress(std::int32_t lCharacter) {
+  if (lCharacter != ENTER) {
+    return lCharacter;
+  }
+  OpenAsmEditor();
+  return 0;
+}
+
+void frmDisass::lstDis_MouseUp(std::int16_t iButton, double dX, double dY) {
+  if (iButton != RIGHT_BUTTON) {
+    return;
+  }
+  const std::int32_t lLine = ListIndexFromPoint(dX, dY);
+  if (lLine < 0) {
+    return;
+  }
+  if (EditorOpen()) {
+    SelectQuietly(lLine);
+    OpenAsmEditor();
+    return;
+  }
+  lstDis->SetSelectedIndex(lLine);
+  frmForm->ShowPopupMenu(frmDisassDesign::MNU_DIS_POPUP);
+}
+
+/// The line under a point in twips within the list, or -1.
+std::int32_t frmDisass::ListIndexFromPoint(double dX, double dY) const {
+  const platform::Toolkit& tToolkit = platform::TheToolkit();
+  const std::uint32_t lItem = lstDis->ItemFromPoint(
+      static_cast<std::int32_t>(std::nearbyint(dX / tToolkit.TwipsPerPixelX())),
+      static_cast<std::int32_t>(std::nearbyint(dY / tToolkit.TwipsPerPixelY())));
+  const auto lNearest = static_cast<std::int32_t>(lItem & 0xFFFFU);
+  return (lItem >> 16U) == 0 && lNearest < tListing.LineCount() ? lNearest : -1;
+}
+
+void frmDisass::mnuSetBreakpoint_Click() {
+  const std::int32_t lLine = lstDis->SelectedIndex();
+  if (lLine < 0 || lLine >= tListing.LineCount()) {
+    return;
+  }
+  modALLSharedMap::WriteControlField(modALLSharedMap::ControlField::BreakpointAddr,
+                                     modDISListing::LineAddress(tListing.Line(lLine)));
+  modALLProcess::SignalEvent(modALLProcess::hBreakpointEvent);
+}
