@@ -10,25 +10,26 @@ namespace {
 
 constexpr std::array<std::string_view, 4> STACK_PAIRS = {"BC", "DE", "HL", "AF"};
 constexpr std::array<std::string_view, 8> CONDITIONS = {"NZ", "Z", "NC", "C", "PO", "PE", "P", "M"};
-constexpr std::array<std::string_view, 4> RELATIVE_JUMPS = {"NOP", "EX AF,AF'", "DJNZ e", "JR e"};
+constexpr std::array<std::string_view, 4> ROWS_00_TO_18 = {"NOP", "EX AF,AF'", "DJNZ e", "JR e"};
 constexpr std::array<std::string_view, 8> INDIRECT_LOADS = {"LD (BC),A", "LD A,(BC)",  "LD (DE),A",
                                                             "LD A,(DE)", "LD (nn),HL", "LD HL,(nn)",
                                                             "LD (nn),A", "LD A,(nn)"};
 constexpr std::array<std::string_view, 8> ACCUMULATOR = {"RLCA", "RRCA", "RLA", "RRA",
                                                          "DAA",  "CPL",  "SCF", "CCF"};
 constexpr std::array<std::string_view, 4> RETURNS = {"RET", "EXX", "JP (HL)", "LD SP,HL"};
-constexpr std::array<std::string_view, 8> EXCHANGES = {
+constexpr std::array<std::string_view, 8> ROWS_C3_TO_FB = {
     "JP nn", "", "OUT (n),A", "IN A,(n)", "EX (SP),HL", "EX DE,HL", "DI", "EI"};
 constexpr std::array<std::string_view, 8> RESTARTS = {"RST 00H", "RST 08H", "RST 10H", "RST 18H",
                                                       "RST 20H", "RST 28H", "RST 30H", "RST 38H"};
 
+/// The rows of the four prefix bytes are never asked for.
 constexpr InstructionText UnprefixedText(const Opcode& tOpcode) {
   const auto [lWhole, lX, lY, lZ, lP, lQ] = tOpcode;
   switch (lX) {
     case 0:
       switch (lZ) {
         case 0:
-          return lY < 4 ? Text(RELATIVE_JUMPS[lY]) : Text("JR ", CONDITIONS[lY - 4], ",e");
+          return lY < 4 ? Text(ROWS_00_TO_18[lY]) : Text("JR ", CONDITIONS[lY - 4], ",e");
         case 1:
           return lQ == 0 ? Text("LD ", PAIRS[lP], ",nn") : Text("ADD HL,", PAIRS[lP]);
         case 2:
@@ -57,7 +58,7 @@ constexpr InstructionText UnprefixedText(const Opcode& tOpcode) {
         case 2:
           return Text("JP ", CONDITIONS[lY], ",nn");
         case 3:
-          return Text(EXCHANGES[lY]);
+          return Text(ROWS_C3_TO_FB[lY]);
         case 4:
           return Text("CALL ", CONDITIONS[lY], ",nn");
         case 5:
