@@ -38,6 +38,11 @@ std::uint64_t Hash(tIterator tFirst, tIterator tEnd) {
   return lHash;
 }
 
+bool IsOwn(const FileDescriptor& tFile) {
+  const auto tStatus = tFile.Status();
+  return tStatus && S_ISREG(tStatus->st_mode) && tStatus->st_uid == ::geteuid();
+}
+
 bool StillNamed(const FileDescriptor& tFile) {
   const auto tStatus = tFile.Status();
   return tStatus && tStatus->st_nlink > 0;
@@ -63,7 +68,7 @@ void RemoveStaleObjects() {
     if (!sName.starts_with(FileNamePrefix())) continue;
     const FileDescriptor tFile(::shm_open(sName.c_str(), O_RDWR, 0));
     // Whoever has the set-up lock is opening or closing the object, and will do right by it.
-    if (tFile.IsOpen() && tFile.Lock(F_OFD_SETLK, F_WRLCK, SETUP_BYTE, 1) && StillNamed(tFile) &&
+    if (IsOwn(tFile) && tFile.Lock(F_OFD_SETLK, F_WRLCK, SETUP_BYTE, 1) && StillNamed(tFile) &&
         !tFile.LockedElsewhere(IN_USE_BYTE)) {
       ::shm_unlink(sName.c_str());
     }
@@ -111,10 +116,7 @@ FileDescriptor NamedObject::Open(const std::string& sFileName, std::uint32_t lSi
     // shm_open itself sets close-on-exec and refuses symbolic links.
     FileDescriptor tFile(::shm_open(sFileName.c_str(), O_RDWR | (bCreate ? O_CREAT : 0), 0600));
     if (!tFile.IsOpen()) return Failed(errno);
-    const auto tStatus = tFile.Status();
-    if (!tStatus || !S_ISREG(tStatus->st_mode) || tStatus->st_uid != ::geteuid()) {
-      return Failed(EACCES);
-    }
+    if (!IsOwn(tFile)) return Failed(EACCES);
     if (!LockSetup(tFile)) return Failed(errno);
     // Its last user may have removed the file between opening and lock; the name is free then.
     if (!StillNamed(tFile)) continue;
@@ -142,6 +144,8 @@ NamedObject::~NamedObject() {
   if (LockSetup(tFile) && StillNamed(tFile) && !tFile.LockedElsewhere(IN_USE_BYTE)) {
     ::shm_unlink(sFileName.c_str());
   }
+  // Closing alone would not do: a view keeps the opening, and so its locks, alive.
+  tFile.Lock(F_OFD_SETLK, F_UNLCK, SETUP_BYTE, IN_USE_BYTE - SETUP_BYTE + 1);
 }
 
 std::size_t NamedObject::Size() const {
