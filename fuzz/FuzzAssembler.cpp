@@ -56,7 +56,7 @@ std::vector<std::string> Meaning(std::string_view sText) {
     const std::string& sHalf = asWord[static_cast<std::size_t>(lHalf)];
     std::string& sOther = asWord[static_cast<std::size_t>(lOther)];
     if (sHalf.size() == 3 && sHalf[0] == 'I' && (sOther == "H" || sOther == "L"))
-      sOther = sHalf.substr(0, 2) + sOther;
+      sOther.insert(0, sHalf, 0, 2);
   }
   return asWord;
 }

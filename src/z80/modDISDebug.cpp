@@ -13,15 +13,16 @@ namespace modDISDebug {
 
 namespace {
 
-std::string ReplaceAll(std::string_view sText, std::string_view sOld, std::string_view sNew) {
+void ReplaceAll(std::string& sText, std::string_view sOld, std::string_view sNew) {
+  std::size_t lFound = sText.find(sOld);
+  if (lFound == std::string::npos) return;
   std::string sResult;
   std::size_t lStart = 0;
-  for (std::size_t lFound = sText.find(sOld); lFound != std::string_view::npos;
-       lFound = sText.find(sOld, lStart)) {
-    sResult.append(sText.substr(lStart, lFound - lStart)).append(sNew);
+  for (; lFound != std::string::npos; lFound = sText.find(sOld, lStart)) {
+    sResult.append(sText, lStart, lFound - lStart).append(sNew);
     lStart = lFound + sOld.size();
   }
-  return sResult.append(sText.substr(lStart));
+  sText = sResult.append(sText, lStart);
 }
 
 /// Puts the bytes into the image from lAddress on and leaves in abBytes what stood there, so that a
@@ -94,12 +95,12 @@ std::string DebugNormalizeText(std::string_view sText) {
   if (sTrimmed.starts_with('*')) sTrimmed = modDISAsm::AsmTrimBlanks(sTrimmed.substr(1));
   std::string sNormal(sTrimmed);
   std::ranges::transform(sNormal, sNormal.begin(), modDISAsm::AsmUpperCase);
-  while (sNormal.find("  ") != std::string::npos) sNormal = ReplaceAll(sNormal, "  ", " ");
+  while (sNormal.find("  ") != std::string::npos) ReplaceAll(sNormal, "  ", " ");
   constexpr std::pair<std::string_view, std::string_view> REPLACEMENTS[] = {
       {" ,", ","}, {", ", ","}, {"( ", "("},  {" )", ")"}, {" + ", "+"},
       {"+ ", "+"}, {" +", "+"}, {" - ", "-"}, {"- ", "-"}, {" -", "-"},
   };
-  for (const auto& [sOld, sNew] : REPLACEMENTS) sNormal = ReplaceAll(sNormal, sOld, sNew);
+  for (const auto& [sOld, sNew] : REPLACEMENTS) ReplaceAll(sNormal, sOld, sNew);
   return sNormal;
 }
 

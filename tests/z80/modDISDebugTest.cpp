@@ -55,6 +55,13 @@ TEST(CheckImages, SumsUpInSevenLines) {
             "Unsupported: 5536\r\nMismatch: 4\r\nOpcode mismatch: 3\r\nOpcode ignored: 0");
 }
 
+TEST(DebugBytesEqual, ComparesLengthsToo) {
+  const modALLDisass::MemoryImage abImage{};
+  const std::vector<std::uint8_t> abZeros(2);
+  EXPECT_TRUE(modDISDebug::DebugBytesEqual(abImage, 0xFFFF, 2, abZeros));
+  EXPECT_FALSE(modDISDebug::DebugBytesEqual(abImage, 0xFFFF, 3, abZeros));
+}
+
 TEST(DebugNormalizeText, ComparesWithoutMarkCaseAndBlanks) {
   EXPECT_EQ(DebugNormalizeText("  * bit   0 , ( ix  + 05 ) ,b "), "BIT 0,(IX+05),B");
   EXPECT_EQ(DebugNormalizeText("* * LD A,( IY - 3 )"), "* LD A,(IY-3)");
