@@ -193,7 +193,8 @@ std::optional<std::int32_t> LoadSample(std::int32_t lAddress,
       std::string sRejected;
       const std::string sText = WithAddresses(tLine.sText, colAddress, lHere);
       if (!modDISAsm::AsmAssemble(sText, lHere, tBytes, sRejected) && bKnown) {
-        sError = "sample program: " + sText + ": " + sRejected;
+        sError = "sample program: " + sText;
+        sError.append(": ").append(sRejected);
         return std::nullopt;
       }
       abProgram.insert(abProgram.end(), tBytes.View().begin(), tBytes.View().end());

@@ -9,21 +9,10 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/SavedFile.h"
 #include "util/modALLUtilityAddress.h"
 
 namespace ToolInput {
-
-namespace {
-
-bool WriteStream(const std::string& sPath, std::string_view sContents) {
-  errno = 0;
-  std::ofstream tOutput(sPath, std::ios::binary | std::ios::trunc);
-  tOutput.write(sContents.data(), static_cast<std::streamsize>(sContents.size()));
-  tOutput.close();
-  return !tOutput.fail();
-}
-
-}  // namespace
 
 std::optional<std::uint32_t> ParseHex(std::string_view sText, std::uint32_t lHighest) {
   std::uint32_t lValue = 0;
@@ -71,30 +60,22 @@ std::optional<std::int32_t> LoadFile(const std::string& sPath, std::int32_t lAdd
 }
 
 bool WriteFile(const std::string& sPath, std::string_view sContents, std::string& sError) {
-  namespace fs = std::filesystem;
   std::error_code tIgnored;
-  const fs::file_status tStatus = fs::status(sPath, tIgnored);
-  if (fs::exists(tStatus) && !fs::is_regular_file(tStatus)) {
-    if (WriteStream(sPath, sContents)) return true;
-    sError = SystemMessage("cannot write " + sPath);
-    return false;
+  const auto tStatus = std::filesystem::status(sPath, tIgnored);
+  std::string sReason;
+  if (!std::filesystem::exists(tStatus) || std::filesystem::is_regular_file(tStatus)) {
+    sReason = platform::SaveFileWhole(sPath, sContents);
+  } else {
+    errno = 0;
+    std::ofstream tOutput(sPath, std::ios::binary);
+    tOutput.write(sContents.data(), static_cast<std::streamsize>(sContents.size()));
+    tOutput.close();
+    if (tOutput.fail()) sReason = std::generic_category().message(errno);
   }
-  // A link keeps leading to the file that is replaced.
-  const fs::path tTarget = fs::exists(tStatus) ? fs::canonical(sPath, tIgnored) : fs::path(sPath);
-  const std::string sNew = tTarget.string() + ".new";
-  if (!WriteStream(sNew, sContents)) {
-    sError = SystemMessage("cannot write " + sPath);
-    fs::remove(sNew, tIgnored);
-    return false;
-  }
-  if (fs::exists(tStatus)) fs::permissions(sNew, tStatus.permissions(), tIgnored);
-  std::error_code tError;
-  fs::rename(sNew, tTarget, tError);
-  if (tError) {
-    sError = "cannot write " + sPath + ": " + tError.message();
-    fs::remove(sNew, tIgnored);
-  }
-  return !tError;
+  if (sReason.empty()) return true;
+  sError = "cannot write " + sPath + ": ";
+  sError += sReason;
+  return false;
 }
 
 }  // namespace ToolInput

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
-#include <functional>
 #include <iostream>
 #include <optional>
 #include <span>
@@ -32,7 +31,7 @@ constexpr int STATUS_OK = 0;
 constexpr int STATUS_ERROR = 2;
 constexpr std::uint32_t POLL_MILLISECONDS = 20;
 constexpr std::uint8_t PROTECTED = 0xFF;
-constexpr std::int32_t BYTES_PER_LINE = 16;
+constexpr std::size_t BYTES_PER_LINE = 16;
 
 constexpr std::string_view HELP =
     R"(Usage: varnel-emulator [--show HEX] [--protect HEX-HEX]... [--icon FILE]
@@ -72,11 +71,11 @@ void Say(const std::string& sLine) { std::cout << sLine << '\n' << std::flush; }
 void Complain(const std::string& sMessage) { std::cerr << "varnel-emulator: " << sMessage << '\n'; }
 
 /// "8000: 3E 05", sixteen bytes a line.
-void SayBytes(std::span<const std::uint8_t> abImage, std::int32_t lFirst, std::int32_t lCount) {
-  for (std::int32_t lLine = 0; lLine < lCount; lLine += BYTES_PER_LINE) {
-    std::string sLine = Hex4(lFirst + lLine) + ":";
-    for (std::int32_t lByte = lLine; lByte < std::min(lLine + BYTES_PER_LINE, lCount); ++lByte) {
-      const std::uint8_t bByte = abImage[static_cast<std::size_t>(lFirst + lByte)];
+void SayBytes(std::span<const std::uint8_t> abImage, std::size_t lFirst, std::size_t lCount) {
+  for (std::size_t lDone = 0; lDone < lCount; lDone += BYTES_PER_LINE) {
+    std::string sLine = Hex4(static_cast<std::int32_t>(lFirst + lDone)) + ":";
+    const auto abLine = abImage.subspan(lFirst + lDone, std::min(BYTES_PER_LINE, lCount - lDone));
+    for (const std::uint8_t bByte : abLine) {
       sLine += ' ';
       sLine += modALLUtility::HexDigit(bByte >> 4U);
       sLine += modALLUtility::HexDigit(bByte);
@@ -216,15 +215,11 @@ void Emulator::Poll() {
 void Emulator::SayChanges() {
   std::array<std::uint8_t, ADDRESS_SPACE> abLook{};
   modALLSharedMap::CopyRamImage(abLook);
-  for (auto itFrom = abLook.begin();;) {
-    const auto itOld = abLastLook.begin() + (itFrom - abLook.begin());
-    const auto itFirst = std::ranges::mismatch(itFrom, abLook.end(), itOld, abLastLook.end()).in1;
-    if (itFirst == abLook.end()) break;
-    const auto lFirst = static_cast<std::int32_t>(itFirst - abLook.begin());
-    itFrom = std::ranges::mismatch(itFirst, abLook.end(), abLastLook.begin() + lFirst,
-                                   abLastLook.end(), std::not_equal_to<>())
-                 .in1;
-    SayBytes(abLook, lFirst, static_cast<std::int32_t>(itFrom - itFirst));
+  for (std::size_t lFirst = 0; lFirst < abLook.size(); ++lFirst) {
+    std::size_t lEnd = lFirst;
+    while (lEnd < abLook.size() && abLook[lEnd] != abLastLook[lEnd]) ++lEnd;
+    SayBytes(abLook, lFirst, lEnd - lFirst);
+    lFirst = lEnd;
   }
   abLastLook = abLook;
 }
@@ -327,8 +322,7 @@ bool Emulator::Dump(const Words& asWord) {
                                          : std::optional<std::uint32_t>(BYTES_PER_LINE);
   if (!lFirst || !lCount) return false;
   // The end of the memory ends the dump.
-  SayBytes(Ram(), static_cast<std::int32_t>(*lFirst),
-           static_cast<std::int32_t>(std::min(*lCount, ADDRESS_SPACE - *lFirst)));
+  SayBytes(Ram(), *lFirst, std::min(*lCount, ADDRESS_SPACE - *lFirst));
   return true;
 }
 

@@ -71,10 +71,8 @@ bool Refuse(const std::string& sMessage) {
 
 // What is still in the buffer may be the part that a full disk refuses.
 int Finish(int lStatus) {
-  errno = 0;
   std::cout.flush();
-  if (std::cout) return lStatus;
-  return Fail(ToolInput::SystemMessage("cannot write to standard output"));
+  return std::cout ? lStatus : Fail("cannot write to standard output");
 }
 
 std::string InputName(const Options& tOptions) {
@@ -124,7 +122,7 @@ int Assemble(const Options& tOptions) {
   std::int32_t lAddress = tOptions.lOrg;
   bool bRejected = false;
   std::string sLine;
-  for (std::int64_t lLine = 1; std::getline(tSource, sLine); ++lLine) {
+  for (std::int64_t lLine = 1; std::cout && std::getline(tSource, sLine); ++lLine) {
     if (sLine.ends_with('\r')) sLine.pop_back();
     if (IsSkipped(sLine)) continue;
     modDISAsm::AsmBytes tBytes;
@@ -138,7 +136,7 @@ int Assemble(const Options& tOptions) {
     for (const std::uint8_t bByte : tBytes.View()) {
       abImage[static_cast<std::size_t>(lNext)] = bByte;
       lNext = modALLUtility::AddrAdd(lNext, 1);
-      sProgram += static_cast<char>(bByte);
+      if (tOptions.sOutput) sProgram += static_cast<char>(bByte);
     }
     std::cout << modDISListing::BuildListingLine(abImage, lAddress).sLine << '\n';
     lAddress = lNext;
@@ -193,7 +191,7 @@ bool ReadOptions(const std::vector<std::string>& asArgument, Options& tOptions) 
     }
     const auto lValue = ToolInput::ParseHex(sValue);
     if (!lValue) {
-      return Refuse(sArgument + ": \"" + sValue + "\" is no hexadecimal number from 0 to FFFF");
+      return Refuse(sArgument + " takes a hexadecimal number from 0 to FFFF");
     }
     const auto lAddress = static_cast<std::int32_t>(*lValue);
     if (sArgument == "--org") {
