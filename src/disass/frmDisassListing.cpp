@@ -70,6 +70,11 @@ void frmDisass::FillListing() {
 }
 
 void frmDisass::position(const bool& bForceDisass, std::int32_t lAddrToShow) {
+  // A window that the timer made list before it was ever active may become active meanwhile. The
+  // listing in the making must keep its range, and the fields and the timer stay off until its end.
+  if (bInDisass) {
+    return;
+  }
   if (EditorOpen()) {
     CloseAsmEditor(true);
   }
