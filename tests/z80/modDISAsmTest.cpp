@@ -142,7 +142,7 @@ TEST(AsmAssemble, ReadsOrRejects) {
     JR = Missing numeric value; DJNZ 1000 = 10 FE; DJNZ = Missing numeric value;
     DJNZ NZ,1234 = Invalid hex value: NZ,1234; RET X = Invalid RET condition; RST 38 = FF;
     RST 08H = CF; RST #56 = FF; RST 56 = Invalid RST vector; RST 40 = Invalid RST vector;
-    RST 100 = Hex value out of range: 100; RST = Missing numeric value;
+    RST 1 = Invalid RST vector; RST 100 = Hex value out of range: 100; RST = Missing numeric value;
     PUSH SP = Invalid PUSH/POP operand; PUSH = Invalid PUSH/POP operand;
     PUSH IXH = Invalid PUSH/POP IX/IY operand; EX ( SP ) , HL = E3; EX HL,DE = Invalid EX syntax;
     EX AF,AF = Invalid EX syntax; EX = Invalid EX syntax; IN F,(C) = Invalid IN register;
