@@ -1,13 +1,13 @@
 #include "../tests/z80/RoundTrip.h"
 #include "FuzzInput.h"
 
-// An address, the byte that memory is full of, and what stands at the address. Whatever that is, it
+// An address and what stands there; a single byte stands all over memory. Whatever that is, it
 // decodes to a text that fits the listing's column and a length that covers every byte it rests on.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t lSize) {
   static modALLDisass::MemoryImage abImage;
   std::span<const std::uint8_t> abInput(pData, lSize);
   std::int32_t lAddress = TakeAddress(abInput);
-  abImage.fill(abInput.empty() ? std::uint8_t{0} : abInput.front());
+  abImage.fill(abInput.size() == 1 ? abInput[0] : std::uint8_t{0});
   PutBytes(abImage, lAddress, abInput);
   for (int lInstruction = 0; lInstruction < 8; ++lInstruction) {
     const auto tDecoded = modALLDisass::DisassembleInstruction(abImage, lAddress);
