@@ -12,10 +12,11 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 /// What tests between real processes need.
 namespace test {
@@ -85,7 +86,9 @@ inline bool WaitUntil(const std::function<bool()>& fnTrue) {
 class TestFolder {
  public:
   TestFolder() {
-    std::string sTemplate = std::filesystem::temp_directory_path() / "varnel-test-XXXXXX";
+    // Asked once: tests set TEMP to folders of their own.
+    static const auto tRoot = std::filesystem::temp_directory_path();
+    std::string sTemplate = tRoot / "varnel-test-XXXXXX";
     sFolder = ::mkdtemp(sTemplate.data());
   }
   TestFolder(const TestFolder&) = delete;
@@ -101,7 +104,9 @@ class TestFolder {
 
 inline std::string ReadFile(const std::string& sPath) {
   std::ifstream tFile(sPath, std::ios::binary);
-  return {std::istreambuf_iterator<char>(tFile), {}};
+  std::ostringstream tText;
+  tText << tFile.rdbuf();
+  return std::move(tText).str();
 }
 
 inline void WriteFile(const std::string& sPath, std::string_view sText) {
