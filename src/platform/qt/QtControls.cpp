@@ -1,0 +1,277 @@
+#include "platform/qt/QtControls.h"
+
+#include <QCheckBox>
+#include <QFocusEvent>
+#include <QInputMethodEvent>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPainter>
+#include <QPushButton>
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "platform/qt/QtForm.h"
+#include "platform/qt/QtListBox.h"
+
+namespace platform::qt {
+
+namespace {
+
+// ---- Keys ---------------------------------------------------------------------------------------
+
+constexpr std::int16_t VK_BACK = 8;
+constexpr std::int16_t VK_RETURN = 13;
+constexpr std::int16_t VK_ESCAPE = 27;
+constexpr std::int16_t VK_F1 = 112;
+
+/// The Windows virtual-key code of a Qt key; 0 for one that no form asks about.
+std::int16_t VirtualKey(int lKey) {
+  constexpr std::array<std::pair<Qt::Key, std::int16_t>, 15> atKey{{
+      {Qt::Key_Backspace, VK_BACK},
+      {Qt::Key_Tab, 9},
+      {Qt::Key_Return, VK_RETURN},
+      {Qt::Key_Enter, VK_RETURN},
+      {Qt::Key_Escape, VK_ESCAPE},
+      {Qt::Key_PageUp, 33},
+      {Qt::Key_PageDown, 34},
+      {Qt::Key_End, 35},
+      {Qt::Key_Home, 36},
+      {Qt::Key_Left, 37},
+      {Qt::Key_Up, 38},
+      {Qt::Key_Right, 39},
+      {Qt::Key_Down, 40},
+      {Qt::Key_Insert, 45},
+      {Qt::Key_Delete, 46},
+  }};
+  const auto* pFound =
+      std::ranges::find(atKey, lKey, [](const auto& tKey) { return static_cast<int>(tKey.first); });
+  if (pFound != atKey.end()) return pFound->second;
+  if (lKey >= Qt::Key_F1 && lKey <= Qt::Key_F24)
+    return static_cast<std::int16_t>(VK_F1 + lKey - Qt::Key_F1);
+  // Blank, digits and letters have the same codes in both.
+  const bool bSame = lKey == Qt::Key_Space || (lKey >= Qt::Key_0 && lKey <= Qt::Key_9) ||
+                     (lKey >= Qt::Key_A && lKey <= Qt::Key_Z);
+  return bSame ? static_cast<std::int16_t>(lKey) : std::int16_t{0};
+}
+
+/// The control character that a key types as on Windows; 0 for none.
+std::int32_t ControlCharacter(const QKeyEvent& tKey) {
+  if ((tKey.modifiers() & Qt::ControlModifier) != 0) {
+    const bool bLetter = tKey.key() >= Qt::Key_A && tKey.key() <= Qt::Key_Z;
+    return bLetter ? tKey.key() - Qt::Key_A + 1 : 0;
+  }
+  const std::int16_t iKey = VirtualKey(tKey.key());
+  return iKey == VK_BACK || iKey == VK_RETURN || iKey == VK_ESCAPE ? iKey : 0;
+}
+
+/// Sends a control's focus changes and keys to the form's logic before the widget acts on them.
+class ControlEvents final : public QObject {
+ public:
+  ControlEvents(QtForm& frmOwner, QWidget& tItsWidget, const ControlDesign& tDesign)
+      : QObject(&tItsWidget), frm(frmOwner), iControl(tDesign.iControl) {
+    tItsWidget.installEventFilter(this);
+  }
+
+  bool eventFilter(QObject* pWatched, QEvent* pEvent) override {
+    switch (pEvent->type()) {
+      case QEvent::FocusIn:
+      case QEvent::FocusOut:
+        ReportFocus(static_cast<QFocusEvent&>(*pEvent));
+        return false;
+      case QEvent::KeyPress:
+        return FilterKey(pWatched, static_cast<QKeyEvent&>(*pEvent));
+      case QEvent::InputMethod:
+        return FilterInput(pWatched, static_cast<QInputMethodEvent&>(*pEvent));
+      default:
+        return false;
+    }
+  }
+
+ private:
+  /// A focus that goes to another window, a menu or a pop-up comes back by itself and is no event.
+  void ReportFocus(const QFocusEvent& tFocus) {
+    if (tFocus.reason() == Qt::ActiveWindowFocusReason || tFocus.reason() == Qt::PopupFocusReason ||
+        tFocus.reason() == Qt::MenuBarFocusReason)
+      return;
+    frm.Post([bGot = tFocus.gotFocus(), iOwn = iControl](FormEvents& tEvents) {
+      bGot ? tEvents.GotFocus(iOwn) : tEvents.LostFocus(iOwn);
+    });
+  }
+
+  std::int32_t KeyPress(std::int32_t lCharacter) {
+    return frm.Deliver(
+        [=, this](FormEvents& tEvents) { return tEvents.KeyPress(iControl, lCharacter); });
+  }
+
+  /// True: the key is used up.
+  bool FilterKey(QObject* pWatched, QKeyEvent& tKey) {
+    tKey.accept();
+    const std::int16_t iKey = VirtualKey(tKey.key());
+    const bool bConsumed = iKey != 0 && frm.Deliver([=, this](FormEvents& tEvents) {
+      return tEvents.KeyDown(iControl, iKey);
+    });
+    if (bConsumed || frm.IsUnloaded()) return true;
+
+    if (const std::int32_t lControl = ControlCharacter(tKey)) {
+      if (KeyPress(lControl) == 0 || frm.IsUnloaded()) return true;
+      auto* cmd = dynamic_cast<QPushButton*>(pWatched);
+      if (cmd == nullptr || lControl != VK_RETURN) return false;
+      cmd->click();
+      return true;
+    }
+    const QString sTyped = tKey.text();
+    const bool bShortcut = (tKey.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) != 0;
+    if (bShortcut || sTyped.isEmpty() || !sTyped.at(0).isPrint()) return false;
+    const QString sUsed = FilterText(sTyped);
+    if (sUsed == sTyped && !frm.IsUnloaded()) return false;
+    if (auto* txt = dynamic_cast<QLineEdit*>(pWatched); txt != nullptr && !sUsed.isEmpty())
+      txt->insert(sUsed);
+    return true;
+  }
+
+  /// What an input method composes is typed text, too, once it is committed.
+  bool FilterInput(QObject* pWatched, QInputMethodEvent& tInput) {
+    const QString sUsed = FilterText(tInput.commitString());
+    if (sUsed == tInput.commitString()) return false;
+    QInputMethodEvent tUsed(tInput.preeditString(), tInput.attributes());
+    tUsed.setCommitString(sUsed, tInput.replacementStart(), tInput.replacementLength());
+    pWatched->removeEventFilter(this);
+    QCoreApplication::sendEvent(pWatched, &tUsed);
+    pWatched->installEventFilter(this);
+    return true;
+  }
+
+  QString FilterText(const QString& sTyped) {
+    QString sUsed;
+    for (const uint lTyped : sTyped.toUcs4()) {
+      const auto lUsed = static_cast<char32_t>(KeyPress(static_cast<std::int32_t>(lTyped)));
+      if (lUsed != 0) sUsed += QString::fromUcs4(&lUsed, 1);
+    }
+    return sUsed;
+  }
+
+  QtForm& frm;
+  std::int16_t iControl;
+};
+
+// ---- Text boxes ---------------------------------------------------------------------------------
+
+/// A text box in the listing's font, edited in place over a list line: its text stands exactly at
+/// its place's left edge, over the list's columns, and its frame around that.
+class InPlaceEdit final : public QLineEdit {
+ public:
+  static constexpr int OUTSET = 3;  ///< frame and margin left of the text
+
+  explicit InPlaceEdit(QWidget* pParent) : QLineEdit(pParent) {
+    constexpr int QT_MARGIN = 2;  // a line edit's own, beside the text
+    setFrame(false);
+    setTextMargins(OUTSET - QT_MARGIN, 0, 0, 0);
+  }
+
+ protected:
+  void paintEvent(QPaintEvent* pEvent) override {
+    QLineEdit::paintEvent(pEvent);
+    QPainter tPainter(this);
+    tPainter.setPen(palette().color(QPalette::Text));
+    tPainter.setOpacity(0.5);
+    tPainter.drawRect(rect().adjusted(0, 0, -1, -1));
+  }
+};
+
+class QtTextBox final : public ControlOn<TextBox, QLineEdit> {
+ public:
+  using ControlOn::ControlOn;
+  std::string Text() const override { return tWidget.text().toStdString(); }
+  void SetText(std::string_view sText) override { tWidget.setText(TextOf(sText)); }
+  void SelectAll() override { tWidget.selectAll(); }
+};
+
+class QtCheckBox final : public ControlOn<CheckBox, QCheckBox> {
+ public:
+  using ControlOn::ControlOn;
+  bool Checked() const override { return tWidget.isChecked(); }
+};
+
+/// A palette with black text on a background of its own, in light and dark themes alike.
+QPalette PaletteOn(QPalette tPalette, std::int32_t lBackColor) {
+  const auto lColor = static_cast<std::uint32_t>(lBackColor);
+  const auto lPart = [=](std::uint32_t lShift) {
+    return static_cast<int>(lColor >> lShift & 0xFFU);
+  };
+  tPalette.setColor(QPalette::Base, QColor(lPart(0), lPart(8), lPart(16)));
+  tPalette.setColor(QPalette::Text, Qt::black);
+  tPalette.setColor(QPalette::Highlight, QColor(0, 90, 180));
+  tPalette.setColor(QPalette::HighlightedText, Qt::white);
+  return tPalette;
+}
+
+template <class Interface, class Widget>
+BuiltControl Built(Widget& tWidget, const ControlDesign& tDesign) {
+  return {&tWidget, std::make_unique<ControlOn<Interface, Widget>>(tWidget, tDesign)};
+}
+
+BuiltControl BuildLabel(QWidget& tParent, const ControlDesign& tDesign) {
+  auto* lbl = new QLabel(TextOf(tDesign.sCaption), &tParent);
+  lbl->setTextFormat(Qt::PlainText);
+  lbl->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+  BuiltControl tBuilt = Built<Control>(*lbl, tDesign);
+  // A font may be taller than the design's; letters must not lose their feet.
+  lbl->resize(lbl->width(), std::max(lbl->height(), lbl->sizeHint().height()));
+  return tBuilt;
+}
+
+BuiltControl BuildTextBox(QWidget& tParent, const ControlDesign& tDesign,
+                          const ControlFonts& tFonts) {
+  QLineEdit* txt = tDesign.bListingFont ? new InPlaceEdit(&tParent) : new QLineEdit(&tParent);
+  if (tDesign.bListingFont) txt->setFont(tFonts.tListing);
+  if (tDesign.iMaxLength > 0) txt->setMaxLength(tDesign.iMaxLength);
+  if (tDesign.lBackColor >= 0) txt->setPalette(PaletteOn(txt->palette(), tDesign.lBackColor));
+  return {txt, std::make_unique<QtTextBox>(*txt, tDesign,
+                                           tDesign.bListingFont ? InPlaceEdit::OUTSET : 0)};
+}
+
+template <class Widget>
+Widget* NewClickable(QtForm& frm, QWidget& tParent, const ControlDesign& tDesign) {
+  auto* pWidget = new Widget(TextOf(tDesign.sCaption), &tParent);
+  QObject::connect(pWidget, &QAbstractButton::clicked, &frm, [&frm, iControl = tDesign.iControl]() {
+    frm.Deliver([=](FormEvents& tEvents) { tEvents.Click(iControl); });
+  });
+  return pWidget;
+}
+
+BuiltControl BuildKind(QtForm& frm, QWidget& tParent, const ControlDesign& tDesign,
+                       const ControlFonts& tFonts) {
+  switch (tDesign.eKind) {
+    case ControlKind::TextBox:
+      return BuildTextBox(tParent, tDesign, tFonts);
+    case ControlKind::Button:
+      return Built<Control>(*NewClickable<QPushButton>(frm, tParent, tDesign), tDesign);
+    case ControlKind::CheckBox: {
+      auto* chk = NewClickable<QCheckBox>(frm, tParent, tDesign);
+      return {chk, std::make_unique<QtCheckBox>(*chk, tDesign)};
+    }
+    case ControlKind::ListBox: {
+      auto* lst = new ListView(frm, tDesign.iControl,
+                               tDesign.bListingFont ? tFonts.tListing : tFonts.tForm, tParent);
+      return {lst, std::make_unique<QtListBox>(*lst, tDesign)};
+    }
+    default:
+      return BuildLabel(tParent, tDesign);
+  }
+}
+
+}  // namespace
+
+BuiltControl BuildControl(QtForm& frm, QWidget& tParent, const ControlDesign& tDesign,
+                          const ControlFonts& tFonts) {
+  BuiltControl tBuilt = BuildKind(frm, tParent, tDesign, tFonts);
+  if (tDesign.eKind == ControlKind::Label) return tBuilt;
+  tBuilt.pWidget->setAccessibleName(TextOf(tDesign.sCaption));
+  tBuilt.pWidget->setFocusPolicy(tDesign.iTabOrder < 0 ? Qt::ClickFocus : Qt::StrongFocus);
+  new ControlEvents(frm, *tBuilt.pWidget, tDesign);  // the widget's child
+  return tBuilt;
+}
+
+}  // namespace platform::qt

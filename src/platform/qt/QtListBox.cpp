@@ -1,0 +1,444 @@
+#include "platform/qt/QtListBox.h"
+
+#include <QAbstractListModel>
+#include <QAccessible>
+#include <QFontMetrics>
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <QStyleHints>
+#include <QTimerEvent>
+#include <QWheelEvent>
+#include <algorithm>
+#include <cmath>
+
+#include "platform/qt/QtForm.h"
+
+namespace platform::qt {
+
+namespace {
+
+// What a scroll is reported as, by the Windows message numbers.
+constexpr std::uint32_t WM_HSCROLL = 0x114;
+constexpr std::uint32_t WM_VSCROLL = 0x115;
+constexpr std::uint32_t WM_MOUSEWHEEL = 0x20A;
+
+/// Distance of the first line from the list's outer top edge, in twips: half of what an editor in
+/// place is higher than its line, so that both texts stand on one base line.
+constexpr std::int32_t LIST_TEXT_TOP = 30;
+
+constexpr int DRAG_SCROLL_MS = 50;
+constexpr double WHEEL_STEP = 120;  // a wheel's notch, in eighths of a degree
+
+constexpr std::uint32_t NO_ITEM = 0x1FFFF;  // LB_ITEMFROMPOINT's answer of an empty list
+
+/// Control characters have no picture of their own, and the soft hyphen hides in most fonts.
+constexpr bool IsUnseen(unsigned char bCode) {
+  return bCode < 0x20 || (bCode >= 0x7F && bCode < 0xA0) || bCode == 0xAD;
+}
+
+constexpr bool IsAscii(unsigned char bCode) { return bCode >= 0x20 && bCode < 0x7F; }
+
+/// The columns that a line needs; a blank at its end needs none.
+int Columns(std::string_view sLine) {
+  return static_cast<int>(sLine.size()) - (sLine.ends_with(' ') ? 1 : 0);
+}
+
+QColor Mixed(const QColor& tOne, const QColor& tOther) {
+  return QColor::fromRgbF((tOne.redF() + tOther.redF()) / 2, (tOne.greenF() + tOther.greenF()) / 2,
+                          (tOne.blueF() + tOther.blueF()) / 2);
+}
+
+}  // namespace
+
+/// The lines as assistive tools read them; it copies none.
+class LinesModel final : public QAbstractListModel {
+ public:
+  using QAbstractListModel::QAbstractListModel;
+
+  int rowCount(const QModelIndex& tParent) const override { return tParent.isValid() ? 0 : lCount; }
+
+  QVariant data(const QModelIndex& tIndex, int lRole) const override {
+    if (lRole != Qt::DisplayRole || !tIndex.isValid()) return {};
+    const std::string_view sLine = Line(tIndex.row());
+    QString sText = QString::fromLatin1(sLine.data(), static_cast<qsizetype>(sLine.size()));
+    for (QChar& tCharacter : sText) {
+      if (IsUnseen(static_cast<unsigned char>(tCharacter.toLatin1()))) tCharacter = QChar(0xB7);
+    }
+    return sText;
+  }
+
+  /// While the view is told of a change in steps, the count may run ahead of the lines.
+  std::string_view Line(int lIndex) const {
+    return lIndex < pLines->LineCount() ? pLines->Line(lIndex) : std::string_view();
+  }
+
+  void SetLines(const ListLines* pNewLines) {
+    beginResetModel();
+    pLines = pNewLines;
+    lCount = pLines != nullptr ? pLines->LineCount() : 0;
+    endResetModel();
+  }
+
+  void Replace(int lFirst, int lRemoved, int lInserted) {
+    const int lSame = std::min(lRemoved, lInserted);
+    if (lSame > 0) emit dataChanged(index(lFirst), index(lFirst + lSame - 1));
+    if (lRemoved > lSame) {
+      beginRemoveRows({}, lFirst + lSame, lFirst + lRemoved - 1);
+      lCount -= lRemoved - lSame;
+      endRemoveRows();
+    }
+    if (lInserted > lSame) {
+      beginInsertRows({}, lFirst + lSame, lFirst + lInserted - 1);
+      lCount += lInserted - lSame;
+      endInsertRows();
+    }
+  }
+
+ private:
+  const ListLines* pLines = nullptr;
+  int lCount = 0;
+};
+
+ListView::ListView(QtForm& frmOwner, std::int16_t iItsControl, const QFont& tFont, QWidget& tParent)
+    : QListView(&tParent),
+      frm(frmOwner),
+      iControl(iItsControl),
+      pModel(new LinesModel(this)),
+      hWnd(frmOwner.OwnToolkit().AddList()),
+      lLineHeight(std::max(1, QFontMetrics(tFont).height())),
+      lBaseline(QFontMetrics(tFont).ascent()),
+      dColumn(ColumnWidth(tFont)) {
+  setFont(tFont);
+  setModel(pModel);
+  setSelectionMode(NoSelection);
+  setEditTriggers(NoEditTriggers);
+  setAutoScroll(false);
+  setDragEnabled(false);
+  setAttribute(Qt::WA_InputMethodEnabled, false);
+}
+
+ListView::~ListView() { frm.OwnToolkit().RemoveList(hWnd); }
+
+// ---- Lines, selection and top line --------------------------------------------------------------
+
+int ListView::LineCount() const { return pModel->rowCount({}); }
+
+void ListView::SetLines(const ListLines* pLines) {
+  const QScopedValueRollback tQuiet(bQuietScroll, true);
+  lSelected = -1;
+  pModel->SetLines(pLines);
+  lLongest = 0;
+  UpdateLongest(0, LineCount());
+  updateGeometries();
+  SetTop(0);
+  viewport()->update();
+}
+
+void ListView::LinesReplaced(int lFirst, int lRemoved, int lInserted) {
+  const QScopedValueRollback tQuiet(bQuietScroll, true);
+  const int lBehind = lFirst + lRemoved;
+  const int lLastNew = lFirst + lInserted - 1;
+  const auto lMoved = [=](int lIndex) {
+    if (lIndex < lFirst) return lIndex;
+    return lIndex >= lBehind ? lIndex + lInserted - lRemoved : std::min(lIndex, lLastNew);
+  };
+  const int lNewTop = lMoved(Top());
+  const int lNewSelected =
+      lInserted == 0 && lSelected >= lFirst && lSelected < lBehind ? -1 : lMoved(lSelected);
+  pModel->Replace(lFirst, lRemoved, lInserted);
+  if (horizontalScrollBar()->maximum() > 0) {
+    lLongest = 0;  // the line that needed the scroll bar may be among the removed
+    UpdateLongest(0, LineCount());
+  } else {
+    UpdateLongest(lFirst, lInserted);
+  }
+  updateGeometries();
+  SetTop(lNewTop);
+  SetSelected(lNewSelected);
+  viewport()->update();
+}
+
+void ListView::UpdateLongest(int lFirst, int lInserted) {
+  for (int lIndex = lFirst; lIndex < lFirst + lInserted; ++lIndex)
+    lLongest = std::max(lLongest, Columns(pModel->Line(lIndex)));
+}
+
+void ListView::SetSelected(int lIndex) {
+  lSelected = lIndex;
+  selectionModel()->setCurrentIndex(lIndex < 0 ? QModelIndex() : pModel->index(lIndex),
+                                    QItemSelectionModel::NoUpdate);
+  viewport()->update();
+}
+
+void ListView::Select(int lIndex) {
+  const bool bLine = lIndex >= 0 && lIndex < LineCount();
+  bLine ? SelectByUser(lIndex) : SetSelected(-1);
+}
+
+void ListView::SelectByUser(int lIndex) {
+  SetSelected(lIndex);
+  frm.Deliver([this](FormEvents& tEvents) { tEvents.Click(iControl); });
+}
+
+int ListView::Top() const { return verticalScrollBar()->value(); }
+
+void ListView::SetTop(int lIndex) { verticalScrollBar()->setValue(lIndex); }
+
+void ListView::EnsureVisible(int lIndex) {
+  SetTop(std::clamp(Top(), lIndex - PageLines() + 1, lIndex));
+}
+
+// ---- Geometry -----------------------------------------------------------------------------------
+
+int ListView::TextTop() const { return std::max(0, PixelsY(LIST_TEXT_TOP) - frameWidth()); }
+
+int ListView::TextLeft() const { return std::max(0, PixelsX(LIST_TEXT_LEFT) - frameWidth()); }
+
+int ListView::PageLines() const { return std::max(1, verticalScrollBar()->pageStep()); }
+
+void ListView::updateGeometries() {
+  const int lBarWidth = verticalScrollBar()->sizeHint().width();
+  const int lBarHeight = horizontalScrollBar()->sizeHint().height();
+  const QSize tMost = maximumViewportSize();
+  const auto lPage = [this](int lHeight) {
+    return std::max(1, (lHeight - TextTop()) / lLineHeight);
+  };
+  const int lTextWidth = TextLeft() + static_cast<int>(std::ceil(lLongest * dColumn));
+
+  bool bVertical = LineCount() > lPage(tMost.height());
+  const bool bHorizontal = lTextWidth > tMost.width() - (bVertical ? lBarWidth : 0);
+  const int lHeight = tMost.height() - (bHorizontal ? lBarHeight : 0);
+  bVertical = LineCount() > lPage(lHeight);
+  const int lWidth = std::max(1, tMost.width() - (bVertical ? lBarWidth : 0));
+
+  // The range before the page step: QListView's own relations between the two are of no use here.
+  verticalScrollBar()->setRange(0, std::max(0, LineCount() - lPage(lHeight)));
+  verticalScrollBar()->setPageStep(lPage(lHeight));
+  verticalScrollBar()->setSingleStep(1);
+  horizontalScrollBar()->setRange(0, bHorizontal ? std::max(0, lTextWidth - lWidth) : 0);
+  horizontalScrollBar()->setPageStep(lWidth);
+  horizontalScrollBar()->setSingleStep(static_cast<int>(std::ceil(dColumn)));
+}
+
+int ListView::LineAt(int lY) const {
+  return Top() + static_cast<int>(std::floor((lY - TextTop()) / static_cast<double>(lLineHeight)));
+}
+
+std::uint32_t ListView::ItemFromPoint(const QPoint& tPoint) const {
+  if (LineCount() == 0) return NO_ITEM;
+  const QPoint tInView = tPoint - viewport()->pos();
+  const int lIndex = std::max(Top(), LineAt(tInView.y()));
+  // Windows, too, counts the empty area below the last line as outside.
+  const bool bOutside = !viewport()->rect().contains(tInView) || lIndex >= LineCount();
+  return static_cast<std::uint32_t>(std::min(lIndex, LineCount() - 1)) | (bOutside ? 0x10000U : 0U);
+}
+
+QRect ListView::visualRect(const QModelIndex& tIndex) const {
+  if (!tIndex.isValid()) return {};
+  return {0, TextTop() + (tIndex.row() - Top()) * lLineHeight, viewport()->width(), lLineHeight};
+}
+
+QModelIndex ListView::indexAt(const QPoint& tPoint) const {
+  return pModel->index(LineAt(tPoint.y()));  // invalid outside the lines
+}
+
+void ListView::scrollTo(const QModelIndex& tIndex, ScrollHint /*eHint*/) {
+  if (tIndex.isValid()) EnsureVisible(tIndex.row());
+}
+
+/// QListView would measure every line here.
+void ListView::doItemsLayout() { updateGeometries(); }
+
+void ListView::currentChanged(const QModelIndex& tCurrent, const QModelIndex& /*tPrevious*/) {
+  if (!QAccessible::isActive() || !tCurrent.isValid() || !hasFocus()) return;
+  QAccessibleEvent tFocus(this, QAccessible::Focus);
+  tFocus.setChild(tCurrent.row());
+  QAccessible::updateAccessibility(&tFocus);
+}
+
+void ListView::scrollContentsBy(int lX, int lY) {
+  viewport()->update();
+  if (bQuietScroll) return;
+  std::uint32_t uMsg = uScrollMessage;
+  if (uMsg == 0) uMsg = lY != 0 || lX == 0 ? WM_VSCROLL : WM_HSCROLL;
+  frm.Deliver([this, uMsg](FormEvents&) { frm.OwnToolkit().ListScrolled(hWnd, uMsg); });
+}
+
+// ---- Drawing ------------------------------------------------------------------------------------
+
+void ListView::paintEvent(QPaintEvent* pEvent) {
+  QPainter tPainter(viewport());
+  tPainter.setFont(font());
+  const QPalette::ColorGroup eGroup = !isEnabled()                     ? QPalette::Disabled
+                                      : hasFocus() && isActiveWindow() ? QPalette::Active
+                                                                       : QPalette::Inactive;
+  const auto tColor = [&](QPalette::ColorRole eRole) { return palette().color(eGroup, eRole); };
+  const int lLast = std::min(LineAt(pEvent->rect().bottom()), LineCount() - 1);
+  for (int lIndex = std::max(LineAt(pEvent->rect().top()), Top()); lIndex <= lLast; ++lIndex) {
+    const bool bSelected = lIndex == lSelected;
+    const QRect tLine(0, TextTop() + (lIndex - Top()) * lLineHeight, viewport()->width(),
+                      lLineHeight);
+    const QColor tBack = tColor(bSelected ? QPalette::Highlight : QPalette::Base);
+    const QColor tText = tColor(bSelected ? QPalette::HighlightedText : QPalette::Text);
+    if (bSelected) tPainter.fillRect(tLine, tBack);
+    DrawLine(tPainter, pModel->Line(lIndex), tLine.top(), tText, Mixed(tText, tBack));
+  }
+}
+
+/// Draws the visible columns of a line. Bytes beyond ASCII are placed one by one, since another
+/// font with other widths may have to lend their pictures.
+void ListView::DrawLine(QPainter& tPainter, std::string_view sLine, int lTop, const QColor& tText,
+                        const QColor& tMark) const {
+  const double dLeft = TextLeft() - horizontalScrollBar()->value();
+  const auto lColumnAt = [=, this](int lX) { return (lX - dLeft) / dColumn; };
+  const auto lEnd =
+      std::min(sLine.size(), static_cast<std::size_t>(std::ceil(lColumnAt(viewport()->width()))));
+  auto lAt = static_cast<std::size_t>(std::max(0.0, std::floor(lColumnAt(0))));
+  tPainter.setPen(tText);
+  while (lAt < lEnd) {
+    const auto bCode = static_cast<unsigned char>(sLine[lAt]);
+    const double dX = dLeft + static_cast<double>(lAt) * dColumn;
+    std::size_t lNext = lAt + 1;
+    if (IsUnseen(bCode)) {
+      constexpr double DOT = 2;
+      tPainter.fillRect(QRectF(dX + (dColumn - DOT) / 2, lTop + (lLineHeight - DOT) / 2, DOT, DOT),
+                        tMark);
+    } else {
+      while (IsAscii(bCode) && lNext < lEnd && IsAscii(static_cast<unsigned char>(sLine[lNext])))
+        ++lNext;
+      tPainter.drawText(QPointF(dX, lTop + lBaseline),
+                        QString::fromLatin1(&sLine[lAt], static_cast<qsizetype>(lNext - lAt)));
+    }
+    lAt = lNext;
+  }
+}
+
+// ---- Mouse and keys -----------------------------------------------------------------------------
+
+void ListView::mousePressEvent(QMouseEvent* pEvent) {
+  // The second press of a double-click selects nothing anew.
+  if (pEvent->button() != Qt::LeftButton || pEvent->flags() == Qt::MouseEventCreatedDoubleClick)
+    return;
+  const int lLine = LineAt(pEvent->pos().y());
+  if (lLine >= Top() && lLine < LineCount()) SelectByUser(lLine);
+}
+
+void ListView::mouseDoubleClickEvent(QMouseEvent* pEvent) {
+  const int lLine = LineAt(pEvent->pos().y());
+  if (pEvent->button() != Qt::LeftButton || lLine < Top() || lLine >= LineCount()) return;
+  if (lLine != lSelected) SelectByUser(lLine);
+  frm.Deliver([this](FormEvents& tEvents) { tEvents.DblClick(iControl); });
+}
+
+void ListView::mouseMoveEvent(QMouseEvent* pEvent) {
+  if ((pEvent->buttons() & Qt::LeftButton) == 0) return;
+  tDragPoint = pEvent->pos();
+  // Beyond the view's edge the list goes on scrolling while the pointer rests.
+  const bool bInside = viewport()->rect().contains(0, tDragPoint.y());
+  bInside ? tmrDrag.stop() : tmrDrag.start(DRAG_SCROLL_MS, this);
+  DragTo(tDragPoint);
+}
+
+void ListView::timerEvent(QTimerEvent* pEvent) {
+  if (pEvent->timerId() != tmrDrag.timerId()) {
+    QListView::timerEvent(pEvent);
+  } else if ((QGuiApplication::mouseButtons() & Qt::LeftButton) != 0) {
+    DragTo(tDragPoint);
+  } else {
+    tmrDrag.stop();  // the release went elsewhere, as into a message box
+  }
+}
+
+void ListView::DragTo(const QPoint& tPoint) {
+  if (LineCount() == 0) return;
+  int lLine = LineAt(tPoint.y());
+  if (tPoint.y() < 0) lLine = Top() - 1;
+  if (tPoint.y() >= viewport()->height()) lLine = Top() + PageLines();
+  lLine = std::clamp(lLine, 0, LineCount() - 1);
+  if (lLine == lSelected) return;
+  SetSelected(lLine);
+  EnsureVisible(lLine);
+  SelectByUser(lLine);
+}
+
+void ListView::mouseReleaseEvent(QMouseEvent* pEvent) {
+  tmrDrag.stop();
+  const Qt::MouseButton eButton = pEvent->button();
+  if (eButton != Qt::LeftButton && eButton != Qt::RightButton && eButton != Qt::MiddleButton)
+    return;
+  // Qt numbers these buttons and the first three modifiers as a form's events do.
+  const auto iButton = static_cast<std::int16_t>(eButton);
+  const Qt::KeyboardModifiers eKeys = pEvent->modifiers();
+  const auto iShift = static_cast<std::int16_t>(((eKeys & Qt::ShiftModifier) != 0 ? 1 : 0) |
+                                                ((eKeys & Qt::ControlModifier) != 0 ? 2 : 0) |
+                                                ((eKeys & Qt::AltModifier) != 0 ? 4 : 0));
+  const QPoint tPoint = viewport()->pos() + pEvent->pos();
+  frm.Deliver([&](FormEvents& tEvents) {
+    tEvents.MouseUp(iControl, iButton, iShift, tPoint.x() * TwipsPerPixelX(),
+                    tPoint.y() * TwipsPerPixelY());
+  });
+}
+
+void ListView::keyPressEvent(QKeyEvent* pEvent) {
+  if (LineCount() == 0) {
+    pEvent->ignore();
+    return;
+  }
+  const int lFrom = std::max(0, lSelected);
+  int lTo = 0;
+  switch (pEvent->key()) {
+    case Qt::Key_Up:
+      lTo = lFrom - 1;
+      break;
+    case Qt::Key_Down:
+      lTo = lFrom + (lSelected < 0 ? 0 : 1);
+      break;
+    case Qt::Key_PageUp:
+      lTo = lFrom - std::max(1, PageLines() - 1);
+      break;
+    case Qt::Key_PageDown:
+      lTo = lFrom + std::max(1, PageLines() - 1);
+      break;
+    case Qt::Key_Home:
+      break;
+    case Qt::Key_End:
+      lTo = LineCount() - 1;
+      break;
+    case Qt::Key_Left:
+      horizontalScrollBar()->triggerAction(QAbstractSlider::SliderSingleStepSub);
+      return;
+    case Qt::Key_Right:
+      horizontalScrollBar()->triggerAction(QAbstractSlider::SliderSingleStepAdd);
+      return;
+    default:
+      pEvent->ignore();
+      return;
+  }
+  lTo = std::clamp(lTo, 0, LineCount() - 1);
+  SetSelected(lTo);
+  EnsureVisible(lTo);
+  SelectByUser(lTo);
+}
+
+void ListView::wheelEvent(QWheelEvent* pEvent) {
+  pEvent->accept();
+  const QScopedValueRollback tMessage(uScrollMessage, WM_MOUSEWHEEL);
+  const QPoint tAngle = pEvent->angleDelta();
+  // X servers' pixel counts depend on the driver; the angle is dependable everywhere.
+  const bool bPixels =
+      !pEvent->pixelDelta().isNull() && QGuiApplication::platformName() != QLatin1String("xcb");
+  const double dLinesPerNotch = QGuiApplication::styleHints()->wheelScrollLines();
+  dWheelRest -= bPixels ? pEvent->pixelDelta().y() / static_cast<double>(lLineHeight)
+                        : tAngle.y() / WHEEL_STEP * dLinesPerNotch;
+  const double dLines = std::trunc(dWheelRest);
+  dWheelRest -= dLines;
+  SetTop(Top() + static_cast<int>(dLines));
+  const double dSideways =
+      bPixels ? pEvent->pixelDelta().x() : tAngle.x() / WHEEL_STEP * dLinesPerNotch * dColumn;
+  horizontalScrollBar()->setValue(horizontalScrollBar()->value() - static_cast<int>(dSideways));
+}
+
+}  // namespace platform::qt
