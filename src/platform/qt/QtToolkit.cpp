@@ -84,6 +84,8 @@ QtToolkit::QtToolkit(int& lArgc, char** asArgv) : tApplication(lArgc, asArgv) {
   // Forms are drawn for controls of the usual heights, which not every desktop's style keeps to.
   if (qEnvironmentVariableIsEmpty("QT_STYLE_OVERRIDE")) QApplication::setStyle("Fusion");
   QApplication::setQuitOnLastWindowClosed(false);  // unseen forms count, too
+  tmrSweep.setSingleShot(true);
+  QObject::connect(&tmrSweep, &QTimer::timeout, &tmrSweep, [this]() { Sweep(); });
 }
 
 QtToolkit::~QtToolkit() {
@@ -134,11 +136,6 @@ void QtToolkit::FormUnloaded(const std::shared_ptr<QtForm>& pForm) {
   atUnloaded.push_back({pForm, pForm->Logic()});
   SweepLater();
   if (bRunning && apForm.empty()) QApplication::exit();
-}
-
-void QtToolkit::SweepLater() {
-  QMetaObject::invokeMethod(
-      &tApplication, [this]() { Sweep(); }, Qt::QueuedConnection);
 }
 
 void QtToolkit::Sweep() {

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QTimer>
 #include <chrono>
 #include <map>
 #include <memory>
@@ -53,7 +54,7 @@ class QtToolkit final : public Toolkit {
   /// last one.
   void FormUnloaded(const std::shared_ptr<QtForm>& pForm);
   /// Has the unloaded forms looked through once the event loop is back.
-  void SweepLater();
+  void SweepLater() { tmrSweep.start(); }
 
   /// Exchanges the form whose event is being handled; gives the previous one, nullptr for none.
   QtForm* ExchangeHandling(QtForm* pForm) { return std::exchange(pHandling, pForm); }
@@ -87,6 +88,7 @@ class QtToolkit final : public Toolkit {
   QApplication tApplication;
   std::vector<std::shared_ptr<QtForm>> apForm;  // loaded or unloading, oldest first
   std::vector<UnloadedForm> atUnloaded;
+  QTimer tmrSweep;
   QtForm* pHandling = nullptr;
   bool bRunning = false;
   std::chrono::steady_clock::time_point tLastEvents;
