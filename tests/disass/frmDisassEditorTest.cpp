@@ -1,0 +1,312 @@
+// The in-place editor, what it asks and writes, and what may happen while it asks.
+
+#include <random>
+
+#include "disass/WindowTest.h"
+#include "z80/modDISAsm.h"
+
+namespace {
+
+/// Message boxes by a code: "P3" the protection question about 3 bytes, "L12" the one about 2 bytes
+/// over 1, "E" the assembler's message about FOO.
+std::vector<Box> Boxes(const string& sCodes, const string& sAddress) {
+  std::vector<Box> atBox;
+  for (size_t lAt = 0; lAt < sCodes.size(); ++lAt) {
+    if (sCodes[lAt] == 'P') {
+      atBox.push_back(
+          {"One or more bytes that will be written are in protected RAM.\r\n\r\n"
+           "Start address: " +
+               sAddress + "\r\nWrite length: " + sCodes[lAt + 1] +
+               " byte(s)\r\n\r\nDo you confirm writing to RAM?",
+           308, "Varnel - Protected RAM warning"});
+    } else if (sCodes[lAt] == 'L') {
+      atBox.push_back(
+          {"The assembled instruction is longer than the current instruction.\r\n\r\n"
+           "Address: " +
+               sAddress + "\r\nCurrent length: " + sCodes[lAt + 1] +
+               " byte(s)\r\nNew length: " + sCodes[lAt + 2] +
+               " byte(s)\r\n\r\nThis may overwrite bytes belonging to the following "
+               "instruction(s).\r\nDo you want to continue?",
+           308, "Varnel - Assembler warning"});
+    } else if (sCodes[lAt] == 'E') {
+      modDISAsm::AsmBytes tBytes;
+      string sError;
+      EXPECT_FALSE(modDISAsm::AsmAssemble("FOO", 0x8000, tBytes, sError));
+      atBox.push_back({sError, 48, "Varnel - Error"});
+    }
+  }
+  return atBox;
+}
+
+TEST_F(WindowTest, EnterWritesWhatWasTypedAndConfirmed) {
+  const struct {
+    int32_t lAddress;
+    const char *sBytes, *sTyped;  // "=" in front: pasted; nothing but "=": left as it is
+    std::string_view sChecked;    // A, L: the box that suppresses this warning
+    int32_t lProtected;
+    std::string_view sAnswers;
+    const char *sBoxes, *sBytesThen;
+    std::string_view sEditor;  // empty: closed; "!": as it was
+  } atCase[] = {
+      {0x8000, "21 34 12", "=", "", 0x8000, "", "", "21 34 12", "8003 NOP"},
+      {0x8000, "21 34 12", "= ld hl,1234 ", "", 0x8000, "", "", "21 34 12", "8003 NOP"},
+      {0x8000, "21 34 12", "inc a", "", -1, "", "", "3C 00 00", "8003 NOP"},
+      {0x8000, "00 00 C3 00", "ld bc,1234", "", -1, "Y", "L13", "01 34 12 00", "8003 NOP"},
+      {0x8000, "00 00 C3 00", "ld bc,1234", "L", -1, "", "", "01 34 12 00", "8003 NOP"},
+      {0x8001, "00", "ld bc,1234", "A", 0x8001, "N", "L13", "00 00 00", "!"},
+      {0x8000, "21 34 12", "inc a", "L", 0x8002, "Y", "P3", "3C 00 00", "8003 NOP"},
+      {0x8000, "21 34 12", "inc a", "", 0x8003, "", "", "3C 00 00", "8003 NOP"},
+      {0x8000, "21 34 12", "inc a", "", 0x8000, "C", "P3", "21 34 12", "!"},
+      {0x8000, "00 00", "jr 8000", "", 0x8001, "N", "P2", "00 00", "!"},
+      {0x8000, "00 00", "jr 8000", "", 0x8001, "YN", "P2 L12", "00 00", "!"},
+      {0x8000, "00 00", "jr 8000", "", 0x8001, "YY", "P2 L12", "18 FE", "8002 NOP"},
+      {0x8000, "00 00", "jr 8000", "AL", 0x8001, "", "", "18 FE", "8002 NOP"},
+      {0x8000, "00", "foo", "", 0x8000, "Y", "E", "00", "!"},
+      {0x8010, "00", "inc a", "", -1, "", "", "3C", ""},
+      {0x8010, "00", "=", "", -1, "", "", "00", ""},
+      {0xFFFE, "00 00", "jp 1234", "", 0x0000, "YY", "P3 L13", "C3 34 12", ""},
+      {0x8000, "DD DD DD 21 34 12", "nop", "", -1, "", "", "00 00 00 00 34 12", "8004 INC (HL)"},
+      {0x8000, "ED 63 34 12", "=", "", -1, "", "", "ED 63 34 12", "8004 NOP"},
+      {0x8000, "DD 26 12", "=* ld ixl,12", "", -1, "", "", "DD 2E 12", "8003 NOP"},
+  };
+  for (const auto& tCase : atCase) {
+    SCOPED_TRACE(string(tCase.sBytes) + ": " + tCase.sTyped + ' ' + tCase.sBoxes);
+    std::fill(abRam, abRam + 0x20000, uint8_t{0});
+    Put(tCase.lAddress, tCase.sBytes);
+    alControl[1] = 0;
+    const bool bTop = tCase.lAddress > 0x8010;
+    Form& frm = Open();
+    Form& frmOther = Open();
+    List(frm, bTop ? "FFF0" : "8000", bTop ? "FFFF" : "8010");
+    List(frmOther, bTop ? "0000" : "7FFE", bTop ? "0008" : "8020");
+    if (tCase.sChecked.find('A') < 2) frm.Press(CHK_ALLOW);
+    if (tCase.sChecked.find('L') < 2) frm.Press(CHK_LONG);
+    if (tCase.lProtected >= 0) abRam[0x10000 + tCase.lProtected] = 1;
+    EditLine(frm, tCase.lAddress);
+    const std::string_view sTyped = tCase.sTyped;
+    if (!sTyped.starts_with("=")) frm.Type(sTyped);
+    if (sTyped.size() > 1 && sTyped[0] == '=') frm.ControlOf(TXT_ASM).SetText(sTyped.substr(1));
+    const string sEditor = Editor(frm);
+    for (const char bAnswer : tCase.sAnswers) {
+      tToolkit.Answer(bAnswer == 'Y' ? YES : bAnswer == 'N' ? NO : CANCEL);
+    }
+    const std::vector<uint8_t> abBefore(abRam, abRam + 0x10000);
+    frm.Key(ENTER);
+    EXPECT_EQ(tToolkit.TakeBoxes(), Boxes(tCase.sBoxes, Hex4(tCase.lAddress)));
+    const string sBytesThen = tCase.sBytesThen;
+    EXPECT_EQ(Dump(tCase.lAddress, static_cast<int32_t>(sBytesThen.size() + 1) / 3), sBytesThen);
+    EXPECT_EQ(RamChanged(), !std::equal(abBefore.begin(), abBefore.end(), abRam));
+    EXPECT_EQ(Editor(frm), tCase.sEditor == "!" ? sEditor : tCase.sEditor);
+    const Control& tFocus = frm.ControlOf(tCase.sEditor.empty() ? LST_DIS : TXT_ASM);
+    EXPECT_EQ(frm.pFocus, &tFocus);
+    EXPECT_NE(tFocus.bAllSelected, tCase.sEditor.empty());
+    ExpectSound(frm);
+    ExpectSound(frmOther);
+    frm.Unload();
+    frmOther.Unload();
+  }
+}
+
+TEST_F(WindowTest, EditorStandsOverItsLineAndMoves) {
+  Put(0x8001, "21 34 12 C9");
+  Form& frm = Open();
+  List(frm, "8000", "8040");
+  const Control& txt = frm.ControlOf(TXT_ASM);
+  EditLine(frm, 0x8001);
+  const auto [lLeft, lTop, lWidth, lHeight] = txt.tPlace;
+  EXPECT_EQ(std::tuple(lLeft, lTop, lWidth, lHeight), std::tuple(120 + 60 + 2213, 1365, 2093, 285));
+  frm.Type("abcdef\r(ix + 05),h 123");
+  EXPECT_EQ(txt.sText, "ABCDEF(IX + 05),H 1");
+  const struct {
+    int16_t iKey;
+    int iTimes;
+    const char* sEditor;
+    int32_t lRow;
+  } atCase[] = {
+      {DOWN, 1, "8004 RET", 2}, {UP, 1, "8001 LD HL,1234", 1},   {UP, 2, "8000 NOP", 0},
+      {65, 1, "8000 A", 0},     {DOWN, 1, "8001 LD HL,1234", 1}, {DOWN, 80, "8040 NOP", 26},
+      {UP, 30, "8022 NOP", 0},  {UP, 1, "8021 NOP", 0},          {DOWN, 3, "8024 NOP", 3}};
+  for (const auto& tCase : atCase) {
+    for (int iTime = 0; iTime < tCase.iTimes; ++iTime) frm.Key(tCase.iKey);
+    EXPECT_EQ(Editor(frm), tCase.sEditor);
+    EXPECT_EQ(txt.tPlace.lTop, 1140 + 225 * tCase.lRow) << tCase.sEditor;
+    EXPECT_EQ(txt.bAllSelected, tCase.iKey != 65);
+  }
+  frm.Key(ESC);
+  EXPECT_EQ(Editor(frm), "");
+  EXPECT_EQ(frm.pFocus, &frm.ControlOf(LST_DIS));
+  EXPECT_FALSE(RamChanged());
+}
+
+/// Whatever happens while a question is open: what it named is written there, or nothing is.
+TEST_F(WindowTest, AnswersHoldOnlyForWhatWasAsked) {
+  using Event = std::function<void(Form & frm, Form & frmOther)>;
+  const auto fnShow = [&](uint32_t lAddress) -> Event {
+    return [=, this](Form& frm, Form&) { RequestShow(lAddress), frm.Tick(); };
+  };
+  const auto fnWrite = [](int32_t lAddress, const char* sText) -> Event {
+    return [=](Form&, Form& frmOther) {
+      EditLine(frmOther, lAddress);
+      frmOther.Type(sText);
+      frmOther.Key(ENTER);
+    };
+  };
+  const struct {
+    const char* sWhat;
+    Event fnEvent;
+    bool bHolds, bEditor;
+  } atCase[] = {
+      {"a tick", [](Form& frm, Form&) { frm.Tick(); }, true, true},
+      {"a show request", fnShow(0xF000), false, false},
+      {"one for a listed line", fnShow(0xFF06), false, false},
+      {"a change of the line", fnWrite(0xFF04, "RST 38H"), false, true},
+      {"a change that swallows it", fnWrite(0xFF03, "JP 1234"), false, false},
+      {"a change behind it", fnWrite(0xFF07, "RST 38H"), true, true},
+      {"a change before it", fnWrite(0xFF01, "JR FF01"), true, true},
+      {"a listing elsewhere", [](Form&, Form& frmOther) { frmOther.Press(CMD_DISASS); }, true,
+       true},
+      {"closing the other", [](Form&, Form& frmOther) { frmOther.Unload(); }, true, true},
+      {"resizing", [](Form& frm, Form&) { frm.SetWidth(3000); }, false, false},
+      {"closing", [](Form& frm, Form&) { frm.Unload(); }, false, false},
+      {"closing both", [](Form& frm, Form& frmOther) { frm.Unload(), frmOther.Unload(); }, false,
+       false},
+  };
+  for (const char bBox : {'P', 'L', 'E'}) {
+    for (const auto& tCase : atCase) {
+      SCOPED_TRACE(tCase.sWhat + string(" during ") + bBox);
+      std::fill(abRam, abRam + 0x20000, uint8_t{0});
+      abRam[0x1FF06] = 1;
+      Form &frm = Open(), &frmOther = Open();
+      frmOther.Press(CHK_LONG);
+      EditLine(frm, 0xFF04);
+      frm.Type(bBox == 'E' ? "FOO" : "LD BC,1234");
+      if (bBox == 'L') tToolkit.Answer(YES);
+      tToolkit.Answer(YES, [&] { tCase.fnEvent(frm, frmOther); });
+      if (bBox == 'P' && tCase.bHolds) tToolkit.Answer(YES);
+      frm.Key(ENTER);
+      EXPECT_TRUE(tToolkit.atAnswer.empty());
+      const bool bWritten = tCase.bHolds && bBox != 'E';
+      EXPECT_EQ(Dump(0xFF04, 3) == "01 34 12", bWritten) << Dump(0xFF00, 9);
+      if (!frm.bGone) {
+        EXPECT_EQ(Editor(frm).substr(0, 4), !tCase.bEditor ? "" : bWritten ? "FF07" : "FF04");
+        ExpectSound(frm);
+      }
+      while (!tToolkit.apForm.empty()) tToolkit.apForm.front()->Unload();
+    }
+  }
+}
+
+TEST_F(WindowTest, EditorsElsewhereFollowAChange) {
+  const struct {
+    int32_t lEdited, lChanged;
+    const char *sChange, *sEditor;
+  } atCase[] = {{0x8010, 0x8010, "LD A,5", "8010 LD A,05"},
+                {0x8010, 0x8004, "LD BC,1234", "8010 XYZ"},  // two lines fewer before it
+                {0x8010, 0x8011, "LD A,5", "8010 XYZ"},
+                {0x8010, 0x800E, "LD BC,1234", ""},  // its line is gone
+                {0x8010, 0x9800, "LD A,5", "8010 XYZ"},
+                {0x0001, 0xFFFF, "LD BC,1202", "0001 LD (DE),A"},
+                {0x0000, 0xFFFF, "LD BC,1234", "0000 INC (HL)"}};
+  Form& frm = Open();
+  frm.Press(CHK_LONG);
+  for (const auto& tCase : atCase) {
+    SCOPED_TRACE(Hex4(tCase.lChanged) + ' ' + tCase.sChange);
+    std::fill(abRam, abRam + 0x10000, uint8_t{0});
+    List(frm, Hex4(tCase.lChanged - 2), Hex4(std::min(tCase.lChanged + 9, 0xFFFF)));
+    Form& frmEditing = Open();
+    List(frmEditing, Hex4(tCase.lEdited & 0x8000), tCase.lEdited < 2 ? "0040" : "8040");
+    EditLine(frmEditing, tCase.lEdited);
+    frmEditing.Type("xyz");
+    EditLine(frm, tCase.lChanged);
+    frm.Type(tCase.sChange);
+    frm.Key(ENTER);
+    EXPECT_EQ(Editor(frmEditing), tCase.sEditor);
+    const Control &lst = frmEditing.ControlOf(LST_DIS), &txt = frmEditing.ControlOf(TXT_ASM);
+    EXPECT_EQ(frmEditing.pFocus, txt.bVisible ? &txt : nullptr) << "the focus was moved";
+    EXPECT_TRUE(!txt.bVisible || txt.tPlace.lTop == 1140 + 225 * (lst.lSelected - lst.lTop));
+    ExpectSound(frm);
+    ExpectSound(frmEditing);
+    frmEditing.Unload();
+    frm.Key(ESC);
+  }
+}
+
+/// Random memory, and random instructions typed into windows over it.
+class RandomTyping : public WindowTest {
+ protected:
+  RandomTyping() {
+    for (int32_t lByte = 0; lByte < 0x10000; ++lByte) {
+      abRam[lByte] =
+          Random(4) == 0 ? Random(256) : std::array<uint8_t, 3>{0xDD, 0x21, 0xCB}[Random(3)];
+      abRam[0x10000 + lByte] = Random(20) == 0;
+    }
+  }
+  uint8_t Random(uint32_t lBelow) { return static_cast<uint8_t>(tRandom() % lBelow); }
+  /// Types some instruction that assembles at the edited address, over lCurrent bytes.
+  /// @return the bytes to be written
+  std::vector<uint8_t> Type(Form& frm, int32_t lAddress, int32_t lCurrent) {
+    for (;;) {
+      modALLDisass::MemoryImage abImage{};
+      for (int32_t lByte = 0; lByte < 4; ++lByte) {
+        abImage[static_cast<size_t>(AddrAdd(lAddress, lByte))] = Random(256);
+      }
+      const string sText(modALLDisass::DisassembleInstruction(abImage, lAddress).tText.View());
+      modDISAsm::AsmBytes tBytes;
+      string sError;
+      if (!modDISAsm::AsmAssemble(sText, lAddress, tBytes, sError)) continue;
+      frm.Type(sText);
+      std::vector<uint8_t> abWritten(tBytes.View().begin(), tBytes.View().end());
+      abWritten.resize(static_cast<size_t>(std::max<int32_t>(tBytes.iLength, lCurrent)));
+      return abWritten;
+    }
+  }
+  std::mt19937 tRandom{7};
+};
+
+TEST_F(RandomTyping, LineAfterLineGivesTheProgram) {
+  Form &frm = Open(0x8000), &frmOther = Open(0x8001);
+  frm.Press(CHK_LONG);
+  frm.Press(CHK_ALLOW);
+  EditLine(frm, 0x8000);
+  for (int32_t lLine = 0, lAddress = 0x8000; lLine < 200; ++lLine) {
+    const int32_t lCurrent =
+        modDISListing::CountLineBytes(Lines(frm).Line(frm.ControlOf(LST_DIS).lSelected));
+    const auto abWritten = Type(frm, lAddress, lCurrent);
+    frm.Key(ENTER);
+    ASSERT_TRUE(std::equal(abWritten.begin(), abWritten.end(), abRam + lAddress)) << Hex4(lAddress);
+    lAddress += static_cast<int32_t>(abWritten.size());
+    ASSERT_EQ(Editor(frm).substr(0, 4), Hex4(lAddress));
+  }
+  ExpectSound(frm);
+  ExpectSound(frmOther);
+}
+
+TEST_F(RandomTyping, KeepsAllWindowsInStep) {
+  std::vector<Form*> afrm;
+  for (const auto& [sStart, sEnd] :
+       {std::pair("8000", "8030"), {"8011", "8050"}, {"FFE0", "FFFF"}, {"0000", "0020"}}) {
+    List(*afrm.emplace_back(&Open()), sStart, sEnd);
+  }
+  for (int iEdit = 0; iEdit < 2000; ++iEdit) {
+    Form& frm = *afrm[Random(4)];
+    const int32_t lLine = tRandom() % static_cast<uint32_t>(Lines(frm).LineCount()) & 0x7FFFFFFF;
+    const string sLine(Lines(frm).Line(lLine));
+    const int32_t lAddress = modDISListing::LineAddress(sLine);
+    frm.DoubleClick(LST_DIS, lLine);
+    std::vector<uint8_t> abExpected(abRam, abRam + 0x10000);
+    const auto abWritten = Type(frm, lAddress, modDISListing::CountLineBytes(sLine));
+    const bool bYes = Random(4) != 0;
+    for (int iBox = 0; iBox < 2; ++iBox) tToolkit.Answer(bYes ? YES : NO);
+    frm.Key(ENTER);
+    if (bYes || tToolkit.atAnswer.size() == 2) {
+      for (int32_t lAt = lAddress; const uint8_t bByte : abWritten)
+        abExpected[static_cast<size_t>(lAt++ & 0xFFFF)] = bByte;
+    }
+    tToolkit.atAnswer.clear();
+    ASSERT_TRUE(std::equal(abExpected.begin(), abExpected.end(), abRam)) << sLine;
+    for (Form* const frmEach : afrm) ExpectSound(*frmEach, iEdit % 100 == 0 ? ADDRESS_SPACE : 16);
+    ASSERT_FALSE(HasFailure()) << "edit " << iEdit << " of " << sLine;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,67 @@
+#include "disass/WindowTest.h"
+#include "windows/modALLForms.h"
+
+namespace {
+
+using namespace modALLForms;
+
+const string CAPTION = "Varnel - Disassembler/Assembler", NUMBERED = CAPTION + " - Window ";
+
+/// The Window menu's items by number, the current one marked, behind a "-" for the separator.
+string WindowMenu(const Form& frm) {
+  string sMenu = frm.colMenu.at({MNU_WINDOW_SEP, 0}).bVisible ? "-" : "";
+  for (const auto& [tKey, tItem] : frm.colMenu) {
+    if (tKey.first == MNU_WINDOW_ITEM && (tItem.bVisible || tKey.second > 0)) {
+      EXPECT_TRUE(tItem.bVisible && tItem.sCaption == NUMBERED + std::to_string(tKey.second + 1));
+      sMenu += tItem.sCaption.substr(NUMBERED.size()) + (tItem.bChecked ? "*" : "");
+    }
+  }
+  return sMenu;
+}
+
+TEST_F(WindowTest, NumbersCaptionsAndMenusFollowTheOpenWindows) {
+  std::map<char, Form*> colWindow{{'1', &Open()}};  // by number
+  EXPECT_FALSE(RegisterWindow(nullptr));
+  EXPECT_FALSE(OpenNewWindow(nullptr, 0, 0));
+  // "+" opens the window that gets this number, "-" closes one, "!" activates one, ">" minimises
+  // one and picks it in the menu of window 1.
+  const struct {
+    const char *sAction, *sMenu;
+    char bPrimary;
+  } atCase[] = {{"!1", "", '1'},      {"+2", "-12*", '1'},  {"+3", "-123*", '1'},
+                {"-2", "-13*", '1'},  {"+2", "-12*3", '1'}, {"!3", "-123*", '1'},
+                {">2", "-12*3", '1'}, {">9", "-12*3", '1'}, {"-2", "-1*3", '1'},
+                {"!3", "-13*", '1'},  {">1", "-1*3", '1'},  {"-1", "", '3'},
+                {"+1", "-1*3", '1'},  {"!3", "-13*", '1'},  {"-1", "", '3'}};
+  for (const auto& tCase : atCase) {
+    SCOPED_TRACE(tCase.sAction);
+    const char bNumber = tCase.sAction[1];
+    const auto itWindow = colWindow.find(bNumber);
+    if (tCase.sAction[0] == '+') {
+      colWindow.begin()->second->PickMenu(MNU_WINDOW_OPEN);
+      colWindow[bNumber] = tToolkit.apForm.back().get();
+    } else if (tCase.sAction[0] == '-') {
+      itWindow->second->Unload();
+      colWindow.erase(itWindow);
+    } else if (tCase.sAction[0] == '!') {
+      tToolkit.pActive = nullptr;
+      itWindow->second->SetFocus();
+      EXPECT_TRUE(RegisterWindow(&Logic(*itWindow->second)));
+    } else {
+      const bool bOpen = itWindow != colWindow.end();
+      if (bOpen) itWindow->second->SetState(platform::WindowState::Minimized);
+      tToolkit.TakeLog();
+      colWindow['1']->PickMenu(MNU_WINDOW_ITEM, static_cast<int16_t>(bNumber - '1'));
+      EXPECT_EQ(std::ranges::count(tToolkit.TakeLog(), "to top"), bOpen ? 1 : 0);
+      EXPECT_TRUE(!bOpen || itWindow->second->eState == platform::WindowState::Normal);
+    }
+    EXPECT_EQ(WindowCount(), static_cast<int32_t>(colWindow.size()));
+    for (const auto& [bOpen, frm] : colWindow) {
+      EXPECT_EQ(WindowMenu(*frm), tCase.sMenu);
+      EXPECT_EQ(frm->sCaption, colWindow.size() > 1 ? NUMBERED + bOpen : CAPTION);
+      EXPECT_EQ(IsPrimaryWindow(&Logic(*frm)), bOpen == tCase.bPrimary);
+    }
+  }
+}
+
+}  // namespace
