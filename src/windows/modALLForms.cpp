@@ -106,8 +106,11 @@ void BringWindowToFront(Window& frm) {
     frmForm.SetState(platform::WindowState::Normal);
   }
   frmForm.Show();
-  frmForm.BringToTop();
-  frmForm.SetFocus();
+  // A window that becomes active for the first time lists, and lets events run: it may be closed.
+  if (FindWindowSlot(&frm) >= 0) {
+    frmForm.BringToTop();
+    frmForm.SetFocus();
+  }
 }
 
 }  // namespace
