@@ -125,7 +125,8 @@ void frmDisass::Form_QueryUnload() {
   bUnloaded = true;
   modDISListFollow::StopListFollow(lstDis->WindowHandle());
   modALLForms::UnregisterWindow(this);
-  // A window that was refused a slot is never the last one: sixteen others are open.
+  // A refused window comes here last, too, when all others were closed over its message: releasing
+  // the link again does nothing.
   if (modALLForms::WindowCount() == 0) {
     ReleaseLink();
   }
