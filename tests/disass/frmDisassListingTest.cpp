@@ -105,8 +105,12 @@ TEST_F(WindowTest, AddressFieldsTakeWhatIsAnAddress) {
     if (tCase.bListed) ExpectSound(frm);
     frm.Unload();
   }
+  // Closed over the message; and left while it is disabled under the editor.
+  Form& frmClosed = Open();
+  tToolkit.Answer(OK, [&] { frmClosed.Unload(); });
+  List(frmClosed, "8000", "7FFF");
   Form& frm = Open();
-  EditLine(frm, 5);
+  EditLine(frm, 0xFF05);
   frm.ControlOf(TXT_START).sText = "12";
   frm.Deliver(&platform::FormEvents::LostFocus, int16_t{TXT_START});
   EXPECT_EQ(Field(frm, TXT_START), "12");
@@ -137,7 +141,18 @@ TEST_F(WindowTest, ListingSurvivesWhateverHappensMeanwhile) {
          frmOther.Press(CMD_DISASS);
          fnWrite(frmOther);
        }},
-      {"a new window", [&](Form& frm, Form&) { frm.PickMenu(MNU_WINDOW_OPEN); }},
+      {"a new window", [](Form& frm, Form&) { frm.PickMenu(MNU_WINDOW_OPEN); }},
+      {"a new window that is closed while it lists",
+       [&](Form& frm, Form&) {
+         tToolkit.AtDoEvents(9, [&] { tToolkit.apForm.back()->Unload(); });
+         frm.PickMenu(MNU_WINDOW_OPEN);
+       }},
+      {"a new window, and closing while it lists",
+       [&](Form& frm, Form&) {
+         tToolkit.AtDoEvents(9, [&] { frm.Unload(); });
+         frm.PickMenu(MNU_WINDOW_OPEN);
+       },
+       true},
       {"everything that a user can click",
        [](Form& frm, Form&) {
          for (int iTime = 0; iTime < 10; ++iTime) frm.Press(CMD_DISASS);

@@ -62,6 +62,11 @@ TEST_F(WindowTest, NumbersCaptionsAndMenusFollowTheOpenWindows) {
       EXPECT_EQ(IsPrimaryWindow(&Logic(*frm)), bOpen == tCase.bPrimary);
     }
   }
+  // One that was never active, and is closed in its first listing.
+  Form& frmLate = Load();
+  tToolkit.AtDoEvents(1, [&] { frmLate.Unload(); });
+  colWindow['3']->PickMenu(MNU_WINDOW_ITEM, 0);
+  EXPECT_TRUE(frmLate.bGone);
 }
 
 }  // namespace
