@@ -103,6 +103,7 @@ int Disassemble(const Options& tOptions) {
   return Finish(STATUS_OK);
 }
 
+/// Blank lines and comments, indented or not.
 bool IsSkipped(std::string_view sLine) {
   const std::size_t lFirst = sLine.find_first_not_of(" \t");
   return lFirst == std::string_view::npos || sLine[lFirst] == ';';
@@ -143,8 +144,9 @@ int Assemble(const Options& tOptions) {
   }
   if (tSource.bad()) return Fail(ToolInput::SystemMessage("cannot read " + InputName(tOptions)));
 
+  // A listing that could not be printed ended the run early: what was assembled is not all.
   std::string sError;
-  if (!bRejected && tOptions.sOutput &&
+  if (std::cout && !bRejected && tOptions.sOutput &&
       !ToolInput::WriteFile(*tOptions.sOutput, sProgram, sError)) {
     return Fail(sError);
   }

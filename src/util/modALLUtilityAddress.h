@@ -14,11 +14,9 @@ inline constexpr std::int32_t ADDRESS_SPACE = 65536;
 /// @param lOffset  added whole, or, with bSigned, as the two's-complement value of its low 8 bits
 /// @return the sum modulo 65536
 constexpr std::int32_t AddrAdd(std::int32_t lBase, std::int32_t lOffset, bool bSigned = false) {
-  const auto lSum = [](std::int32_t lA, std::int32_t lB) {
-    return static_cast<std::uint32_t>(lA) + static_cast<std::uint32_t>(lB);
-  };
   const std::int32_t lStep = bSigned ? static_cast<std::int8_t>(lOffset & 0xFF) : lOffset;
-  return static_cast<std::int32_t>(lSum(lBase, lStep) & 0xFFFFU);
+  return static_cast<std::int32_t>(
+      (static_cast<std::uint32_t>(lBase) + static_cast<std::uint32_t>(lStep)) & 0xFFFFU);
 }
 
 /// The value in upper-case hexadecimal without prefix, padded with zeros to four digits; a value

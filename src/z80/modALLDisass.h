@@ -8,8 +8,8 @@
 
 /// Z80 instruction decoder: the bytes at one address of a 64 KB image to the text of one
 /// instruction and its length. It covers the instruction set of Zilog's Z80 CPU User Manual
-/// (UM0080) and the undocumented instructions, which carry the mark "* "; every byte sequence
-/// decodes to something.
+/// (UM0080) and the undocumented instructions as "The Undocumented Z80 Documented"
+/// lists them, which carry the mark "* "; every byte sequence decodes to something.
 namespace modALLDisass {
 
 /// The Z80's whole address space, one byte per address.
@@ -26,19 +26,19 @@ class InstructionText {
   static constexpr std::size_t MAX_LENGTH = 19;
 
   /// The characters; valid as long as this value is.
-  [[nodiscard]] constexpr std::string_view View() const { return {acText_.data(), bLength_}; }
+  [[nodiscard]] constexpr std::string_view View() const { return {abText.data(), bLength}; }
 
   /// Adds text behind what is there; what goes beyond MAX_LENGTH is cut off.
   constexpr void Append(std::string_view sPart) {
-    for (const char cPart : sPart.substr(0, MAX_LENGTH - bLength_)) acText_[bLength_++] = cPart;
+    for (const char bPart : sPart.substr(0, MAX_LENGTH - bLength)) abText[bLength++] = bPart;
   }
 
   /// Replaces the character at a position below MAX_LENGTH.
-  constexpr void Put(std::size_t lPosition, char cNew) { acText_[lPosition] = cNew; }
+  constexpr void Put(std::size_t lPosition, char bNew) { abText[lPosition] = bNew; }
 
  private:
-  std::array<char, MAX_LENGTH> acText_{};
-  std::uint8_t bLength_ = 0;
+  std::array<char, MAX_LENGTH> abText{};
+  std::uint8_t bLength = 0;
 };
 
 /// One decoded instruction.

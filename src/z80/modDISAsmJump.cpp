@@ -58,7 +58,10 @@ bool AsmEncodePushPopIndex(std::string_view sOperand, bool bPush, const AsmOutpu
   if (AsmIsIndexRegister(sOperand, bPrefix)) {
     return AsmEmit2(tOutput, bPrefix, bPush ? 0xE5 : 0xE1);
   }
-  return AsmMentionsIndex(sOperand) && AsmFail(tOutput.sError, {"Invalid PUSH/POP IX/IY operand"});
+  if (AsmMentionsIndex(sOperand)) {
+    return AsmFail(tOutput.sError, {"Invalid PUSH/POP IX/IY operand"});
+  }
+  return false;
 }
 
 }  // namespace

@@ -110,12 +110,12 @@ bool DebugIsMarked(std::string_view sText) {
 
 bool DebugBytesEqual(modALLDisass::ImageView abImage, std::int32_t lAddress, std::int32_t lLength,
                      std::span<const std::uint8_t> abAssembled) {
-  return std::cmp_equal(lLength, abAssembled.size()) &&
-         std::ranges::all_of(abAssembled, [&](std::uint8_t bByte) {
-           const bool bSame = abImage[static_cast<std::size_t>(lAddress)] == bByte;
-           lAddress = modALLUtility::AddrAdd(lAddress, 1);
-           return bSame;
-         });
+  if (!std::cmp_equal(lLength, abAssembled.size())) return false;
+  for (const std::uint8_t bByte : abAssembled) {
+    if (abImage[static_cast<std::size_t>(lAddress)] != bByte) return false;
+    lAddress = modALLUtility::AddrAdd(lAddress, 1);
+  }
+  return true;
 }
 
 }  // namespace modDISDebug
