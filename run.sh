@@ -31,7 +31,8 @@ fi
 asCommand=("$BUILD/tools/varnel-emulator" "${asOption[@]}" "${asFile[@]}"
   -- "$BUILD/src/varnel-disass")
 
-if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+# An X server, that is, Xwayland included: Wayland itself lets no window say where it stands.
+if [ -n "${DISPLAY:-}" ]; then
   exec "${asCommand[@]}"
 fi
 
