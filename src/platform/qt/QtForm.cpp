@@ -305,10 +305,16 @@ void QtForm::Post(std::function<void(FormEvents&)> fnCall) {
 bool QtForm::event(QEvent* pEvent) {
   if (pEvent->type() == QEvent::WindowActivate) ReportActivation();
   if (pEvent->type() != QEvent::User) return QWidget::event(pEvent);
-  const std::function<void(FormEvents&)> fnCall = std::move(afnPosted.front());
-  afnPosted.pop_front();
-  Deliver(fnCall);
+  RunPosted();
   return true;
+}
+
+void QtForm::RunPosted() {
+  while (!afnPosted.empty()) {
+    const std::function<void(FormEvents&)> fnCall = std::move(afnPosted.front());
+    afnPosted.pop_front();
+    Deliver(fnCall);
+  }
 }
 
 void QtForm::ReportActivation() {
@@ -316,14 +322,25 @@ void QtForm::ReportActivation() {
   Post([](FormEvents& tEvents) { tEvents.Activate(); });
 }
 
+/// Sees what the window system sends to the window before any control does.
 bool QtForm::eventFilter(QObject* pWatched, QEvent* pEvent) {
-  if (pEvent->type() == QEvent::Expose && windowHandle()->isExposed()) {
-    // A window manager says how wide its frame is only once the window stands in it.
-    pWatched->removeEventFilter(this);
-    Post([this](FormEvents&) {
-      SetOuterPlace(tWanted);
-      bFrameKnown = true;
-    });
+  switch (pEvent->type()) {
+    case QEvent::Expose:
+      // A window manager says how wide its frame is only once the window stands in it.
+      if (!bFrameKnown && windowHandle()->isExposed()) {
+        Post([this](FormEvents&) {
+          SetOuterPlace(tWanted);
+          bFrameKnown = true;
+        });
+      }
+      break;
+    case QEvent::KeyPress:
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+      RunPosted();  // a quick click must not overtake the change of focus that its press made
+      break;
+    default:
+      break;
   }
   return QWidget::eventFilter(pWatched, pEvent);
 }

@@ -112,6 +112,7 @@ class QtForm final : public QWidget, public Form, public std::enable_shared_from
   QRect OuterPlace() const;
   void SetOuterPlace(const QRect& tPlace);
   QRect ClientPlace() const;
+  void RunPosted();
   void ReportActivation();
   void ReportResize();
 

@@ -3,6 +3,7 @@
 #include <QAbstractListModel>
 #include <QAccessible>
 #include <QFontMetrics>
+#include <QGlyphRun>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPainter>
@@ -39,11 +40,19 @@ constexpr bool IsUnseen(unsigned char bCode) {
   return bCode < 0x20 || (bCode >= 0x7F && bCode < 0xA0) || bCode == 0xAD;
 }
 
-constexpr bool IsAscii(unsigned char bCode) { return bCode >= 0x20 && bCode < 0x7F; }
-
 /// The columns that a line needs; a blank at its end needs none.
 int Columns(std::string_view sLine) {
   return static_cast<int>(sLine.size()) - (sLine.ends_with(' ') ? 1 : 0);
+}
+
+/// The font's glyph of each Latin-1 character; 0: it has none.
+std::array<quint32, 256> GlyphsOf(const QRawFont& tRawFont) {
+  std::array<quint32, 256> alGlyph{};
+  for (std::size_t lCode = 0; lCode < alGlyph.size(); ++lCode) {
+    const QString sCode(QChar(static_cast<char16_t>(lCode)));
+    alGlyph.at(lCode) = tRawFont.glyphIndexesForString(sCode).value(0);
+  }
+  return alGlyph;
 }
 
 QColor Mixed(const QColor& tOne, const QColor& tOther) {
@@ -110,7 +119,9 @@ ListView::ListView(QtForm& frmOwner, std::int16_t iItsControl, const QFont& tFon
       hWnd(frmOwner.OwnToolkit().AddList()),
       lLineHeight(std::max(1, QFontMetrics(tFont).height())),
       lBaseline(QFontMetrics(tFont).ascent()),
-      dColumn(ColumnWidth(tFont)) {
+      dColumn(ColumnWidth(tFont)),
+      tRawFont(QRawFont::fromFont(tFont)),
+      alGlyphOf(GlyphsOf(tRawFont)) {
   setFont(tFont);
   setModel(pModel);
   setSelectionMode(NoSelection);
@@ -157,8 +168,8 @@ void ListView::LinesReplaced(int lFirst, int lRemoved, int lInserted) {
   }
   updateGeometries();
   SetTop(lNewTop);
-  SetSelected(lNewSelected);
-  viewport()->update();
+  if (lNewSelected != lSelected) SetSelected(lNewSelected);
+  UpdateLines(lFirst, lInserted == lRemoved ? lInserted : LineCount());
 }
 
 void ListView::UpdateLongest(int lFirst, int lInserted) {
@@ -167,10 +178,16 @@ void ListView::UpdateLongest(int lFirst, int lInserted) {
 }
 
 void ListView::SetSelected(int lIndex) {
+  UpdateLines(lSelected, 1);
+  UpdateLines(lIndex, 1);
   lSelected = lIndex;
   selectionModel()->setCurrentIndex(lIndex < 0 ? QModelIndex() : pModel->index(lIndex),
                                     QItemSelectionModel::NoUpdate);
-  viewport()->update();
+}
+
+void ListView::UpdateLines(int lFirst, int lCount) {
+  viewport()->update(0, TextTop() + (lFirst - Top()) * lLineHeight, viewport()->width(),
+                     lCount * lLineHeight);
 }
 
 void ListView::Select(int lIndex) {
@@ -288,32 +305,37 @@ void ListView::paintEvent(QPaintEvent* pEvent) {
   }
 }
 
-/// Draws the visible columns of a line. Bytes beyond ASCII are placed one by one, since another
-/// font with other widths may have to lend their pictures.
+/// Draws the visible columns of a line. Glyphs are placed one by one: each byte has its column,
+/// and the text need not be shaped.
 void ListView::DrawLine(QPainter& tPainter, std::string_view sLine, int lTop, const QColor& tText,
-                        const QColor& tMark) const {
+                        const QColor& tMark) {
   const double dLeft = TextLeft() - horizontalScrollBar()->value();
-  const auto lColumnAt = [=, this](int lX) { return (lX - dLeft) / dColumn; };
+  const auto dColumnAt = [=, this](int lX) { return (lX - dLeft) / dColumn; };
   const auto lEnd =
-      std::min(sLine.size(), static_cast<std::size_t>(std::ceil(lColumnAt(viewport()->width()))));
-  auto lAt = static_cast<std::size_t>(std::max(0.0, std::floor(lColumnAt(0))));
+      std::min(sLine.size(), static_cast<std::size_t>(std::ceil(dColumnAt(viewport()->width()))));
+  alGlyph.clear();
+  atGlyphPoint.clear();
   tPainter.setPen(tText);
-  while (lAt < lEnd) {
+  for (auto lAt = static_cast<std::size_t>(std::max(0.0, std::floor(dColumnAt(0)))); lAt < lEnd;
+       ++lAt) {
     const auto bCode = static_cast<unsigned char>(sLine[lAt]);
-    const double dX = dLeft + static_cast<double>(lAt) * dColumn;
-    std::size_t lNext = lAt + 1;
+    const QPointF tPoint(dLeft + static_cast<double>(lAt) * dColumn, lTop + lBaseline);
     if (IsUnseen(bCode)) {
       constexpr double DOT = 2;
-      tPainter.fillRect(QRectF(dX + (dColumn - DOT) / 2, lTop + (lLineHeight - DOT) / 2, DOT, DOT),
-                        tMark);
-    } else {
-      while (IsAscii(bCode) && lNext < lEnd && IsAscii(static_cast<unsigned char>(sLine[lNext])))
-        ++lNext;
-      tPainter.drawText(QPointF(dX, lTop + lBaseline),
-                        QString::fromLatin1(&sLine[lAt], static_cast<qsizetype>(lNext - lAt)));
+      tPainter.fillRect(
+          QRectF(tPoint.x() + (dColumn - DOT) / 2, lTop + (lLineHeight - DOT) / 2, DOT, DOT),
+          tMark);
+    } else if (alGlyphOf.at(bCode) == 0) {
+      tPainter.drawText(tPoint, QString(QChar(bCode)));  // another font has to lend it
+    } else if (bCode != ' ') {
+      alGlyph.push_back(alGlyphOf.at(bCode));
+      atGlyphPoint.push_back(tPoint);
     }
-    lAt = lNext;
   }
+  QGlyphRun tRun;
+  tRun.setRawFont(tRawFont);
+  tRun.setRawData(alGlyph.data(), atGlyphPoint.data(), static_cast<int>(alGlyph.size()));
+  tPainter.drawGlyphRun({}, tRun);
 }
 
 // ---- Mouse and keys -----------------------------------------------------------------------------

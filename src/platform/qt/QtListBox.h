@@ -2,6 +2,9 @@
 
 #include <QBasicTimer>
 #include <QListView>
+#include <QRawFont>
+#include <array>
+#include <vector>
 
 #include "platform/Toolkit.h"
 #include "platform/qt/QtControls.h"
@@ -61,9 +64,10 @@ class ListView final : public QListView {
   void SelectByUser(int lIndex);
   void EnsureVisible(int lIndex);
   void DragTo(const QPoint& tPoint);
+  void UpdateLines(int lFirst, int lCount);  ///< has them drawn anew where they are visible
   void UpdateLongest(int lFirst, int lInserted);
   void DrawLine(QPainter& tPainter, std::string_view sLine, int lTop, const QColor& tText,
-                const QColor& tMark) const;
+                const QColor& tMark);
 
   QtForm& frm;
   std::int16_t iControl;
@@ -72,6 +76,10 @@ class ListView final : public QListView {
   int lLineHeight;
   int lBaseline;
   double dColumn;
+  QRawFont tRawFont;
+  std::array<quint32, 256> alGlyphOf;
+  std::vector<quint32> alGlyph;       // of the line being drawn ...
+  std::vector<QPointF> atGlyphPoint;  // ... and where they go
   int lSelected = -1;
   int lLongest = 0;  // columns of the longest line
   double dWheelRest = 0;

@@ -23,6 +23,7 @@ constexpr double FARTHEST_PIXEL = 16000;
 /// The size of the dialog font that places in twips are drawn around, on every Windows version.
 constexpr double FORM_POINTS = 8.25;
 constexpr int NARROWEST_STRETCH = 50;
+constexpr int CHECK_BOX_MARGIN = 4;  // what styles leave beside a check box's caption, in pixels
 
 constexpr double SMALLEST_LISTING_POINTS = 5;
 constexpr double LISTING_POINTS_STEP = 0.25;
@@ -39,7 +40,7 @@ double CaptionRoom(const ControlDesign& tControl) {
   switch (tControl.eKind) {
     case ControlKind::CheckBox:
       return lWidth - tStyle.pixelMetric(QStyle::PM_IndicatorWidth) -
-             tStyle.pixelMetric(QStyle::PM_CheckBoxLabelSpacing);
+             tStyle.pixelMetric(QStyle::PM_CheckBoxLabelSpacing) - CHECK_BOX_MARGIN;
     case ControlKind::Button:
       return lWidth - 2 * tStyle.pixelMetric(QStyle::PM_ButtonMargin);
     default:

@@ -1,0 +1,629 @@
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QInputMethodEvent>
+#include <QLineEdit>
+#include <QListView>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <array>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "disass/frmDisassDesign.h"
+#include "platform/ToolkitFactory.h"
+
+using namespace frmDisassDesign;
+using namespace platform;
+
+namespace {
+
+using Log = std::vector<std::string>;
+
+/// Writes down every event and does what the test has laid out for it.
+struct Recorder final : FormEvents {
+  Recorder(Log& asItsLog, std::map<std::string, std::function<void()>>& colItsDo)
+      : asLog(asItsLog), colDo(colItsDo) {}
+
+  void Hear(const char* sEvent, std::initializer_list<int> alValue = {}) {
+    std::string sHeard = sEvent;
+    for (const int lValue : alValue) sHeard += " " + std::to_string(lValue);
+    asLog.push_back(sHeard);
+    if (const auto itDo = colDo.find(sHeard); itDo != colDo.end()) std::function(itDo->second)();
+  }
+
+  void Load(Form& frmLoaded) override { frm = &frmLoaded, Hear("Load"); }
+  void Activate() override { Hear("Activate"); }
+  void Resize() override { Hear("Resize"); }
+  void Timer() override { Hear("Timer"); }
+  void QueryUnload() override { Hear("QueryUnload"); }
+  void Click(std::int16_t iControl) override { Hear("Click", {iControl}); }
+  void DblClick(std::int16_t iControl) override { Hear("DblClick", {iControl}); }
+  void GotFocus(std::int16_t iControl) override { Hear("GotFocus", {iControl}); }
+  void LostFocus(std::int16_t iControl) override { Hear("LostFocus", {iControl}); }
+  bool KeyDown(std::int16_t iControl, std::int16_t iKeyCode) override {
+    Hear("KeyDown", {iControl, iKeyCode});
+    return iControl == TXT_ASM && iKeyCode == 13;
+  }
+  /// Hexadecimal digits in upper case, control characters but Ctrl+C.
+  std::int32_t KeyPress(std::int16_t iControl, std::int32_t lCharacter) override {
+    Hear("KeyPress", {iControl, lCharacter});
+    if (lCharacter < 0x20) return lCharacter == 3 ? 0 : lCharacter;
+    return lCharacter < 0x80 && std::isxdigit(lCharacter) != 0 ? std::toupper(lCharacter) : 0;
+  }
+  void MouseUp(std::int16_t iControl, std::int16_t iButton, std::int16_t iShift, double dX,
+               double dY) override {
+    Hear("MouseUp", {iControl, iButton, iShift, static_cast<int>(dX), static_cast<int>(dY)});
+  }
+  void MenuClick(std::int16_t iMenu, std::int16_t iIndex) override {
+    Hear("MenuClick", {iMenu, iIndex});
+  }
+
+  Log& asLog;
+  std::map<std::string, std::function<void()>>& colDo;
+  Form* frm = nullptr;
+};
+
+struct Lines final : ListLines {
+  explicit Lines(std::size_t lCount) : asLine(lCount, "8000 21 41 42") {}
+  std::int32_t LineCount() const override { return static_cast<std::int32_t>(asLine.size()); }
+  std::string_view Line(std::int32_t lIndex) const override {
+    return asLine.at(static_cast<std::size_t>(lIndex));
+  }
+  std::vector<std::string> asLine;
+};
+
+std::vector<std::uintptr_t> auMessage;  // what hook and window procedure were told
+
+std::intptr_t NoteMouse(std::int32_t nCode, std::uintptr_t wParam, std::intptr_t /*lParam*/) {
+  if (nCode == 0) auMessage.push_back(wParam);
+  return 0;
+}
+
+std::intptr_t NoteScroll(std::uint32_t hWnd, std::uint32_t uMsg, std::uintptr_t wParam,
+                         std::intptr_t lParam) {
+  auMessage.push_back(uMsg);
+  return TheToolkit().CallWindowProc(TheToolkit().GetProp(hWnd, "OLD"), hWnd, uMsg, wParam, lParam);
+}
+
+class QtToolkitTest : public testing::Test {
+ protected:
+  Recorder& LoadShown() {
+    Recorder& tEvents = LoadUnseen();
+    tEvents.frm->Show();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&Widget(*tEvents.frm)));
+    Pump();
+    asLog.clear();
+    return tEvents;
+  }
+
+  Recorder& LoadUnseen() {
+    auto pEvents = std::make_shared<Recorder>(asLog, colDo);
+    Recorder& tEvents = *pEvents;
+    TheToolkit().LoadForm(FORM, std::move(pEvents));
+    return tEvents;
+  }
+
+  void TearDown() override {
+    for (const auto& pEvents : TheToolkit().LoadedForms())
+      static_cast<Recorder&>(*pEvents).frm->Unload();
+    Pump();
+  }
+
+  static void Pump() {
+    for (int lRound = 0; lRound < 10; ++lRound) QTest::qWait(1);
+  }
+  static QWidget& Widget(Form& frm) { return dynamic_cast<QWidget&>(frm); }
+  template <class Kind>
+  static Kind& Child(Form& frm, const char* sName) {
+    return *Widget(frm).findChild<Kind*>(sName);
+  }
+  /// Answers the dialog that is open once the event loop is idle.
+  static void KeyInDialog(Qt::Key eKey) {
+    QTimer::singleShot(50, [eKey]() { QTest::keyClick(QApplication::activeModalWidget(), eKey); });
+  }
+  bool Heard(const char* sEvent) const {
+    return std::find(asLog.begin(), asLog.end(), sEvent) != asLog.end();
+  }
+
+  Log asLog;
+  std::map<std::string, std::function<void()>> colDo;
+};
+
+TEST_F(QtToolkitTest, UnloadedInsideItsOwnHandlers) {
+  struct Case {
+    const char* sName;
+    std::function<std::int32_t(Form&)> fnWait;
+    std::int32_t lAnswer;
+  };
+  const auto fnBox = [](std::int32_t lStyle) {
+    return [lStyle](Form&) { return TheToolkit().MessageBox("?", lStyle, "Title"); };
+  };
+  const std::vector<Case> atCase = {
+      {"at once", [](Form& frm) { return frm.Unload(), 0; }, 0},
+      {"events",
+       [this](Form&) {
+         while (!Heard("QueryUnload")) TheToolkit().DoEvents();
+         return 0;
+       },
+       0},
+      {"OK", fnBox(48), 1},
+      {"OK and Cancel", fnBox(33), 2},
+      {"Yes and No", fnBox(36), 7},
+      {"menu", [](Form& frm) { return frm.ShowPopupMenu(MNU_DIS_POPUP), 0; }, 0},
+      {"file", [](Form& frm) { return static_cast<std::int32_t>(frm.ShowFileDialog({}).eOutcome); },
+       static_cast<std::int32_t>(FileDialogResult::Outcome::Cancelled)},
+  };
+  for (const Case& tCase : atCase) {
+    SCOPED_TRACE(tCase.sName);
+    Recorder& tEvents = LoadShown();
+    Form& frm = *tEvents.frm;
+    const std::weak_ptr<FormEvents> pEvents = TheToolkit().LoadedForms().front();
+    bool bDone = false;
+    colDo["Timer"] = [&]() { frm.Unload(); };
+    colDo["QueryUnload"] = [&]() {
+      frm.Unload();  // already under way
+      EXPECT_EQ(TheToolkit().LoadedForms().size(), 1U);
+    };
+    colDo["Click 4"] = [&]() {
+      frm.SetTimerEnabled(true);
+      EXPECT_EQ(tCase.fnWait(frm), tCase.lAnswer);
+      EXPECT_TRUE(TheToolkit().LoadedForms().empty());
+      Pump();
+      EXPECT_FALSE(pEvents.expired());
+      frm.Show();
+      frm.SetTop(1500);
+      frm.ListBoxOf(LST_DIS).SetSelectedIndex(0);
+      frm.ControlOf(TXT_START).SetFocus();
+      EXPECT_EQ(TheToolkit().MessageBox("?", 36, ""), 7);
+      EXPECT_FALSE(Widget(frm).isVisible());
+      bDone = true;
+    };
+    QTest::mouseClick(&Child<QPushButton>(frm, "cmdDisass"), Qt::LeftButton);
+    EXPECT_TRUE(bDone);
+    Pump();
+    EXPECT_TRUE(pEvents.expired());
+    EXPECT_EQ(asLog.back(), "QueryUnload");
+    EXPECT_EQ(std::count(asLog.begin(), asLog.end(), "QueryUnload"), 1);
+  }
+}
+
+TEST_F(QtToolkitTest, RunLastsUntilTheLastFormThoughUnseen) {
+  Recorder& tUnseen = LoadUnseen();
+  Recorder& tShown = LoadShown();
+  EXPECT_EQ(TheToolkit().FormByName("FRMDISASS"), tUnseen.frm);
+  EXPECT_EQ(TheToolkit().ActiveForm(), tShown.frm);
+  QTimer::singleShot(0, [&]() { Widget(*tShown.frm).windowHandle()->close(); });
+  QTimer::singleShot(100, [&]() {
+    EXPECT_EQ(TheToolkit().LoadedForms().size(), 1U);
+    EXPECT_TRUE(Heard("QueryUnload"));
+    tUnseen.frm->Unload();
+  });
+  TheToolkit().Run();
+  EXPECT_TRUE(TheToolkit().LoadedForms().empty());
+  EXPECT_EQ(TheToolkit().FormByName("frmDisass"), nullptr);
+}
+
+TEST_F(QtToolkitTest, MessageBoxAnswers) {
+  struct Case {
+    std::int32_t lStyle;
+    Qt::Key eKey;
+    std::int32_t lAnswer;
+  };
+  Recorder& tOwner = LoadShown();
+  for (const auto& [lStyle, eKey, lAnswer] :
+       {Case{16, Qt::Key_Escape, 1}, Case{64, Qt::Key_Return, 1}, Case{33, Qt::Key_Escape, 2},
+        Case{1, Qt::Key_Return, 1}, Case{257, Qt::Key_Return, 2}, Case{36, Qt::Key_Return, 6},
+        Case{308, Qt::Key_Return, 7}, Case{36, Qt::Key_Escape, 7}}) {
+    KeyInDialog(eKey);
+    EXPECT_EQ(TheToolkit().MessageBox("Text", lStyle, "Title"), lAnswer) << lStyle;
+  }
+
+  // Modal to the form that asks; another one stays usable meanwhile.
+  Recorder& tOther = LoadShown();
+  colDo["Timer"] = [&]() {
+    colDo.clear();
+    auto* pBox = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    ASSERT_NE(pBox, nullptr);
+    EXPECT_EQ(pBox->parentWidget(), &Widget(*tOwner.frm));
+    EXPECT_EQ(pBox->text(), "<b>1\n\n2 & 3");
+    EXPECT_EQ(pBox->textFormat(), Qt::PlainText);
+    EXPECT_EQ(pBox->icon(), QMessageBox::Warning);
+    EXPECT_EQ(pBox->windowTitle(), "Varnel - Error");
+    QWindow* pOther = Widget(*tOther.frm).windowHandle();
+    const auto& cmd = Child<QPushButton>(*tOther.frm, "cmdDisass");
+    QTest::mouseClick(pOther, Qt::LeftButton, {}, cmd.mapTo(cmd.window(), QPoint(5, 5)));
+    pBox->close();
+  };
+  colDo["Click 5"] = [&]() {
+    tOther.frm->SetTimerEnabled(true);
+    TheToolkit().MessageBox("<b>1\r\n\r\n2 & 3", 48, "Varnel - Error");
+  };
+  QTest::mouseClick(&Child<QCheckBox>(*tOwner.frm, "chkAllow"), Qt::LeftButton);
+  EXPECT_TRUE(Heard("Click 4"));
+  EXPECT_TRUE(tOwner.frm->CheckBoxOf(CHK_ALLOW).Checked());
+}
+
+TEST_F(QtToolkitTest, ListKeepsSelectionAndTopWithTheirLines) {
+  struct Case {
+    int lFirst, lRemoved, lInserted, lSelected, lTop, lNewSelected, lNewTop;
+  };
+  ListBox& lst = LoadShown().frm->ListBoxOf(LST_DIS);
+  for (const Case& tCase : {
+           Case{500, 1, 3, 100, 90, 100, 90},  // behind
+           Case{10, 1, 3, 100, 90, 102, 92},   // in front
+           Case{10, 3, 1, 100, 90, 98, 88},
+           Case{100, 2, 1, 100, 90, 100, 90},  // the selected line itself
+           Case{99, 3, 1, 101, 90, 99, 90},
+           Case{99, 3, 0, 100, 90, -1, 90},
+           Case{80, 15, 2, 10, 90, 10, 81},  // the top line
+           Case{0, 1000, 2, 100, 90, 1, 0},
+           Case{1000, 0, 64536, 999, 900, 999, 900},
+       }) {
+    SCOPED_TRACE(testing::Message() << tCase.lFirst << " " << tCase.lRemoved);
+    Lines tLines(1000);
+    lst.SetLines(&tLines);
+    EXPECT_EQ(lst.SelectedIndex(), -1);
+    EXPECT_EQ(lst.TopIndex(), 0);
+    lst.SetTopIndex(tCase.lTop);
+    lst.SetSelectedIndex(tCase.lSelected);
+    EXPECT_EQ(lst.TopIndex(), tCase.lTop);
+    EXPECT_EQ(asLog, Log{"Click 8"});
+    asLog.clear();
+    tLines.asLine.resize(static_cast<std::size_t>(1000 - tCase.lRemoved + tCase.lInserted), "new");
+    lst.LinesReplaced(tCase.lFirst, tCase.lRemoved, tCase.lInserted);
+    EXPECT_EQ(lst.SelectedIndex(), tCase.lNewSelected);
+    EXPECT_EQ(lst.TopIndex(), tCase.lNewTop);
+    Pump();
+    EXPECT_EQ(asLog, Log{});
+    lst.SetLines(nullptr);
+  }
+}
+
+TEST_F(QtToolkitTest, ListByMouseAndKeys) {
+  Recorder& tEvents = LoadShown();
+  ListBox& lst = tEvents.frm->ListBoxOf(LST_DIS);
+  auto& lstView = Child<QListView>(*tEvents.frm, "lstDis");
+  QWidget* pView = lstView.viewport();
+  Lines tLines(1000);
+  EXPECT_EQ(lst.ItemFromPoint(10, 10) >> 16, 1U);  // empty
+  lst.SetLines(&tLines);
+  const int lHeight = lst.ItemHeightPixels();
+  const int lPage = lstView.height() / lHeight;
+  lst.SetTopIndex(5000);
+  EXPECT_EQ(lst.TopIndex(), 1000 - lPage);
+
+  const std::uint32_t hWnd = lst.WindowHandle();
+  TheToolkit().SetProp(hWnd, "OLD", TheToolkit().SetWindowProc(hWnd, NoteScroll));
+  auMessage.clear();
+  lst.SetTopIndex(100);
+  lst.SetTopIndex(100);  // no scroll
+  QWheelEvent tTurn(QPointF(5, 5), pView->mapToGlobal(QPointF(5, 5)), {}, {0, -120}, {}, {},
+                    Qt::NoScrollPhase, false);
+  QApplication::sendEvent(pView, &tTurn);
+  EXPECT_EQ(auMessage, (std::vector<std::uintptr_t>{0x115, 0x20A}));
+  EXPECT_EQ(lst.TopIndex(), 103);
+  lst.SetTopIndex(100);
+
+  // The point of a line's middle, in the view and in the list's own pixels.
+  const auto tPoint = [&](int lLine) { return QPoint(20, 2 + lLine * lHeight + lHeight / 2); };
+  const auto lItem = [&](int lX, int lY) { return lst.ItemFromPoint(lX, lY); };
+  EXPECT_EQ(lItem(20, tPoint(3).y()), 103U);
+  EXPECT_EQ(lItem(0, tPoint(3).y()), 0x10000U + 103);   // on the frame
+  Pump();  // lays the scroll bar out
+  EXPECT_EQ(lItem(lstView.width() - 2, 50) >> 16, 1U);
+
+  using Buttons = QTest::MouseAction;
+  const auto Mouse = [&](Buttons eAction, Qt::MouseButton eButton, int lLine) {
+    QTest::mouseEvent(eAction, pView, eButton, {}, tPoint(lLine) - pView->pos(), -1);
+  };
+  const auto MouseUp = [&](int lButton, int lLine) {
+    const QPoint tTwips = tPoint(lLine) * 15;
+    return "MouseUp 8 " + std::to_string(lButton) + " 0 " + std::to_string(tTwips.x()) + " " +
+           std::to_string(tTwips.y());
+  };
+  lstView.setFocus();
+  Pump();
+  asLog.clear();
+  Mouse(QTest::MousePress, Qt::LeftButton, 3);
+  Mouse(QTest::MouseRelease, Qt::LeftButton, 3);
+  EXPECT_EQ(lst.SelectedIndex(), 103);
+  Mouse(QTest::MouseClick, Qt::RightButton, 5);  // selects nothing
+  Mouse(QTest::MouseClick, Qt::LeftButton, 3);   // the selected line again
+  EXPECT_EQ(lst.SelectedIndex(), 103);
+  EXPECT_EQ(asLog, (Log{"Click 8", MouseUp(1, 3), MouseUp(2, 5), "Click 8", MouseUp(1, 3)}));
+
+  for (const auto& [eKey, lTo, lTop] : {std::tuple{Qt::Key_Up, 102, 100},
+                                        {Qt::Key_PageUp, 102 - lPage + 1, 102 - lPage + 1},
+                                        {Qt::Key_Home, 0, 0},
+                                        {Qt::Key_Up, 0, 0},
+                                        {Qt::Key_PageDown, lPage - 1, 0},
+                                        {Qt::Key_Down, lPage, 1},
+                                        {Qt::Key_End, 999, 1000 - lPage}}) {
+    asLog.clear();
+    QTest::keyClick(&lstView, eKey);
+    EXPECT_EQ(lst.SelectedIndex(), lTo) << eKey;
+    EXPECT_EQ(lst.TopIndex(), lTop) << eKey;
+    EXPECT_EQ(asLog.back(), "Click 8");
+  }
+  asLog.clear();
+  QTest::keyClick(&lstView, Qt::Key_Return);
+  EXPECT_EQ(asLog, (Log{"KeyDown 8 13", "KeyPress 8 13"}));
+
+  // A few lines: below the last one there is none.
+  tLines.asLine.resize(3);
+  lst.SetLines(&tLines);
+  EXPECT_EQ(lItem(20, tPoint(2).y()), 2U);
+  EXPECT_EQ(lItem(20, tPoint(3).y()), 0x10002U);
+  asLog.clear();
+  Mouse(QTest::MouseClick, Qt::LeftButton, 4);
+  EXPECT_EQ(lst.SelectedIndex(), -1);
+  EXPECT_EQ(asLog, Log{MouseUp(1, 4)});
+}
+
+TEST_F(QtToolkitTest, ListDrawsEveryByteInAColumnOfItsOwn) {
+  Recorder& tEvents = LoadShown();
+  ListBox& lst = tEvents.frm->ListBoxOf(LST_DIS);
+  auto& lstView = Child<QListView>(*tEvents.frm, "lstDis");
+  Lines tLines(5);
+  tLines.asLine = {std::string("\0A\x9F\xE4\xAD"
+                               "B",
+                               6),
+                   " A \xE4 B", "      ", "0000", ""};
+  lst.SetLines(&tLines);
+  const double dColumn = lst.TextWidth("0") / 15;
+  const QImage tDrawn = lstView.viewport()->grab().toImage();
+  const auto tCell = [&](int lLine, int lColumn) {
+    const int lHeight = lst.ItemHeightPixels();
+    return tDrawn.copy(4 - 1 + static_cast<int>(lColumn * dColumn) + 1, 2 - 1 + lLine * lHeight,
+                       static_cast<int>(dColumn) - 1, lHeight);
+  };
+  for (const int lColumn : {1, 3, 5}) EXPECT_EQ(tCell(0, lColumn), tCell(1, lColumn)) << lColumn;
+  for (const int lColumn : {0, 2, 4}) EXPECT_NE(tCell(0, lColumn), tCell(2, lColumn)) << lColumn;
+  EXPECT_EQ(lstView.model()->index(0, 0).data().toString(), QString::fromLatin1("\xB7"
+                                                                                "A\xB7\xE4\xB7"
+                                                                                "B"));
+
+  // The design's columns fit, at the size of the design's width and no wider than its longest line.
+  tLines.asLine.assign(1000, std::string(static_cast<std::size_t>(FORM.iListingColumns), 'W'));
+  lst.Move({120, 1140, FORM.lListingWidth, 3000});
+  lst.SetLines(&tLines);
+  Pump();
+  EXPECT_EQ(lstView.horizontalScrollBar()->maximum(), 0);
+  EXPECT_EQ(lstView.font(), Child<QLineEdit>(*tEvents.frm, "txtAsm").font());
+  tLines.asLine.at(500) = std::string(131072, 'W') + " ";
+  lst.LinesReplaced(500, 1, 1);
+  EXPECT_NEAR(lstView.horizontalScrollBar()->maximum(), 131072 * dColumn - 380, 20);
+  tLines.asLine.at(500) = "";
+  lst.LinesReplaced(500, 1, 1);
+  EXPECT_EQ(lstView.horizontalScrollBar()->maximum(), 0);
+}
+
+TEST_F(QtToolkitTest, CaptionsFitTheirPlaces) {
+  Form& frm = *LoadShown().frm;
+  for (const ControlDesign& tControl : CONTROLS) {
+    if (tControl.eKind != ControlKind::CheckBox && tControl.eKind != ControlKind::Label) continue;
+    QWidget& tWidget = Child<QWidget>(frm, std::string(tControl.sName).c_str());
+    EXPECT_LE(tWidget.sizeHint().width(), tWidget.width()) << tControl.sName;
+    EXPECT_LE(tWidget.fontMetrics().height(), tWidget.height()) << tControl.sName;
+  }
+}
+
+TEST_F(QtToolkitTest, TypedCharactersPassTheFilter) {
+  Recorder& tEvents = LoadShown();
+  TextBox& txt = tEvents.frm->TextBoxOf(TXT_START);
+  auto& txtView = Child<QLineEdit>(*tEvents.frm, "txtStart");
+  txt.SetText("\xC3\xA4");
+  EXPECT_EQ(txt.Text(), "\xC3\xA4");
+  EXPECT_EQ(asLog, Log{});  // only typing is filtered
+  txt.SelectAll();
+  QTest::keyClicks(&txtView, "cx0g");
+  EXPECT_EQ(txt.Text(), "C0");
+  QInputMethodEvent tInput;
+  tInput.setCommitString("f\xDCz1");
+  QApplication::sendEvent(&txtView, &tInput);
+  EXPECT_EQ(txt.Text(), "C0F1");
+  QTest::keyClick(&txtView, Qt::Key_Backspace);
+  QTest::keyClicks(&txtView, "ab");  // at most four
+  EXPECT_EQ(txt.Text(), "C0FA");
+
+  QApplication::clipboard()->setText("kept");
+  txt.SelectAll();
+  asLog.clear();
+  QTest::keyClick(&txtView, Qt::Key_C, Qt::ControlModifier);
+  EXPECT_EQ(asLog, (Log{"KeyDown 1 67", "KeyPress 1 3"}));
+  EXPECT_EQ(QApplication::clipboard()->text(), "kept");  // dropped
+  QTest::keyClick(&txtView, Qt::Key_X, Qt::ControlModifier);
+  EXPECT_EQ(QApplication::clipboard()->text(), "C0FA");  // as usual
+  EXPECT_EQ(txt.Text(), "");
+
+  asLog.clear();
+  auto& txtAsm = Child<QLineEdit>(*tEvents.frm, "txtAsm");
+  for (const Qt::Key eKey : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_Up, Qt::Key_Down})
+    QTest::keyClick(&txtAsm, eKey);
+  EXPECT_EQ(asLog,
+            (Log{"KeyDown 9 13", "KeyDown 9 27", "KeyPress 9 27", "KeyDown 9 38", "KeyDown 9 40"}));
+}
+
+TEST_F(QtToolkitTest, FocusEventsComeLaterAndOnlyWithinTheForm) {
+  Recorder& tEvents = LoadShown();
+  Form& frm = *tEvents.frm;
+  const auto Heard = [&](const std::function<void()>& fnAct) {
+    asLog.clear();
+    fnAct();
+    EXPECT_EQ(asLog, Log{});  // not in the middle of the change
+    Pump();
+    return asLog;
+  };
+  frm.ControlOf(TXT_END).SetFocus();
+  Pump();
+  EXPECT_EQ(Heard([&]() { frm.ControlOf(LST_DIS).SetFocus(); }),
+            (Log{"LostFocus 3", "GotFocus 8"}));
+  EXPECT_EQ(Heard([&]() { frm.ControlOf(LST_DIS).SetEnabled(false); }),
+            (Log{"LostFocus 8", "GotFocus 1"}));
+  EXPECT_EQ(Heard([&]() { frm.ControlOf(TXT_START).SetVisible(false); }),
+            (Log{"LostFocus 1", "GotFocus 3"}));
+  EXPECT_FALSE(frm.ControlOf(TXT_START).Visible());
+  EXPECT_EQ(Heard([&]() {
+              QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+              asLog.clear();
+            }),
+            (Log{"LostFocus 3", "GotFocus 4"}));
+  asLog.clear();  // not even a click overtakes them
+  const auto& cmd = Child<QPushButton>(frm, "cmdDisass");
+  frm.ControlOf(TXT_END).SetFocus();
+  QTest::mouseClick(cmd.window()->windowHandle(), Qt::LeftButton, {},
+                    cmd.mapTo(cmd.window(), QPoint(5, 5)));
+  EXPECT_EQ(asLog, (Log{"LostFocus 4", "GotFocus 3", "LostFocus 3", "GotFocus 4", "Click 4"}));
+  LoadShown();
+  asLog.clear();
+  frm.SetFocus();
+  Pump();
+  EXPECT_EQ(asLog, Log{"Activate"});
+}
+
+TEST_F(QtToolkitTest, Menus) {
+  Recorder& tEvents = LoadShown();
+  Form& frm = *tEvents.frm;
+  QMenu* mnuWindow = Child<QMenuBar>(frm, "").actions().at(1)->menu();
+  const auto asShown = [&]() {
+    Log asText;
+    for (const QAction* pItem : mnuWindow->actions()) {
+      if (pItem->isVisible())
+        asText.push_back((pItem->isChecked() ? "*" : "") + pItem->text().toStdString());
+    }
+    return asText;
+  };
+  EXPECT_EQ(asShown(), Log{"Open new window"});
+  for (const auto iIndex : std::to_array<std::int16_t>({2, 1, 15})) {
+    frm.LoadMenuItem(MNU_WINDOW_ITEM, iIndex);
+    frm.SetMenuCaption(MNU_WINDOW_ITEM, iIndex, "A & " + std::to_string(iIndex));
+    frm.SetMenuChecked(MNU_WINDOW_ITEM, iIndex, iIndex == 2);
+    frm.SetMenuVisible(MNU_WINDOW_ITEM, iIndex, true);
+  }
+  frm.SetMenuVisible(MNU_WINDOW_SEP, 0, true);
+  frm.SetMenuCaption(MNU_WINDOW_ITEM, 9, "missing");
+  frm.UnloadMenuItem(MNU_WINDOW_ITEM, 9);
+  EXPECT_EQ(asShown(), (Log{"Open new window", "", "A && 1", "*A && 2", "A && 15"}));
+
+  colDo["MenuClick 5 2"] = [&]() {
+    EXPECT_EQ(asShown().at(3), "*A && 2");  // a click changes no mark
+    for (const auto iIndex : std::to_array<std::int16_t>({1, 2, 15})) frm.UnloadMenuItem(MNU_WINDOW_ITEM, iIndex);
+  };
+  QTest::keyClick(&Widget(frm), Qt::Key_F10);
+  for (const Qt::Key eKey : {Qt::Key_Right, Qt::Key_Up, Qt::Key_Up, Qt::Key_Return})
+    QTest::keyClick(QApplication::activePopupWidget(), eKey);
+  EXPECT_EQ(asLog, Log{"MenuClick 5 2"});
+  EXPECT_EQ(asShown(), (Log{"Open new window", ""}));
+
+  asLog.clear();
+  QTimer::singleShot(50, []() {
+    for (const Qt::Key eKey : {Qt::Key_Down, Qt::Key_Return})
+      QTest::keyClick(QApplication::activePopupWidget(), eKey);
+  });
+  frm.ShowPopupMenu(MNU_DIS_POPUP);
+  EXPECT_EQ(asLog, Log{"MenuClick 7 0"});
+}
+
+TEST_F(QtToolkitTest, MouseHookHearsEachPressOnce) {
+  Recorder& tEvents = LoadShown();
+  QWindow* pWindow = Widget(*tEvents.frm).windowHandle();
+  const std::uint32_t hHook = TheToolkit().SetMouseHook(NoteMouse);
+  ASSERT_NE(hHook, 0U);
+  EXPECT_EQ(TheToolkit().SetMouseHook(NoteMouse), 0U);
+  auMessage.clear();
+  const QPoint tLabel(10, 40);  // on a control that leaves presses to its parents
+  QTest::mouseClick(pWindow, Qt::RightButton, {}, tLabel);
+  QTest::mouseClick(pWindow, Qt::MiddleButton, {}, tLabel);
+  QTest::mouseClick(pWindow, Qt::BackButton, {}, tLabel);
+  QTest::mouseDClick(pWindow, Qt::LeftButton, {}, tLabel);
+  tEvents.frm->SetLeft(300);
+  tEvents.frm->SetFocus();
+  Pump();
+  EXPECT_EQ(auMessage, (std::vector<std::uintptr_t>{0x204, 0x207, 0x20B, 0x201, 0x203}));
+  TheToolkit().RemoveMouseHook(hHook);
+  QTest::mouseClick(pWindow, Qt::LeftButton, {}, tLabel);
+  EXPECT_EQ(auMessage.size(), 5U);
+}
+
+TEST_F(QtToolkitTest, PlaceStateAndResize) {
+  Recorder& tEvents = LoadUnseen();
+  Form& frm = *tEvents.frm;
+  for (const double dFar : {1e12, -1e12}) {
+    frm.SetTop(dFar);
+    frm.SetWidth(dFar);
+  }
+  frm.SetTop(50);
+  frm.SetLeft(300);
+  frm.SetHeight(WINDOW_HEIGHT);
+  frm.SetWidth(WINDOW_WIDTH);
+  EXPECT_EQ(asLog, Log{"Load"});
+  frm.Show();
+  EXPECT_EQ(asLog.at(1), "Resize");
+  Pump();
+  EXPECT_EQ(frm.Place().dTop, 45);  // whole pixels
+  EXPECT_EQ(frm.Place().dHeight, WINDOW_HEIGHT);
+  EXPECT_EQ(frm.Place().dWidth, WINDOW_WIDTH);
+  const QMargins tFrame = Widget(frm).windowHandle()->frameMargins();
+  EXPECT_EQ(frm.InnerSize().lWidth, WINDOW_WIDTH - (tFrame.left() + tFrame.right()) * 15);
+  asLog.clear();
+  colDo["Resize"] = [&]() { frm.SetWidth(6000); };  // from within, as a form that limits itself
+  frm.SetWidth(6600);
+  EXPECT_EQ(frm.Place().dWidth, 6000);
+  colDo.clear();
+  for (const WindowState eState :
+       {WindowState::Maximized, WindowState::Minimized, WindowState::Normal}) {
+    asLog.clear();
+    frm.SetState(eState);
+    Pump();
+    EXPECT_EQ(frm.State(), eState);
+    EXPECT_TRUE(Heard("Resize"));
+  }
+}
+
+TEST_F(QtToolkitTest, DoEventsLetsTimersRun) {
+  Recorder& tEvents = LoadShown();
+  tEvents.frm->SetTimerEnabled(true);
+  const QDeadlineTimer tLimit(5000);
+  while (std::count(asLog.begin(), asLog.end(), "Timer") < 3 && !tLimit.hasExpired())
+    TheToolkit().DoEvents();
+  EXPECT_EQ(asLog, (Log{"Timer", "Timer", "Timer"}));
+}
+
+TEST_F(QtToolkitTest, IconsAreLoadedOnce) {
+  QTemporaryDir tFolder;
+  const QString sIcon = tFolder.filePath("wnd_form_icon_0.ico");
+  QImage tImage(32, 32, QImage::Format_ARGB32);
+  tImage.fill(Qt::red);
+  ASSERT_TRUE(tImage.save(sIcon, "ico"));
+  const std::uint32_t hSmall = TheToolkit().LoadIcon(sIcon.toStdString(), {16, 16});
+  const std::uint32_t hBig = TheToolkit().LoadIcon(sIcon.toStdString(), {32, 32});
+  EXPECT_NE(hSmall, hBig);
+  EXPECT_EQ(TheToolkit().LoadIcon(sIcon.toStdString(), {16, 16}), hSmall);
+  EXPECT_EQ(TheToolkit().LoadIcon(tFolder.filePath("none.ico").toStdString(), {16, 16}), 0U);
+  Form& frm = *LoadUnseen().frm;
+  frm.SetIcon(IconKind::Small, hSmall);
+  frm.SetIcon(IconKind::Big, hBig);
+  EXPECT_EQ(Widget(frm).windowIcon().availableSizes().size(), 2);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  const auto pToolkit = CreateToolkit(argc, argv);
+  SetToolkit(*pToolkit);
+  return RUN_ALL_TESTS();
+}
