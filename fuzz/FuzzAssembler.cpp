@@ -12,11 +12,12 @@
 namespace {
 
 /// The operand with its numbers, and names that could be numbers, as values: "(IX + 0A)" and
-/// "(IX+#10)" become "(IX+10)".
+/// "(IX+# 10)" become "(IX+10)".
 std::string Spelled(std::string_view sOperand) {
   std::string sResult;
   std::string sWord;
-  for (const char bChar : std::string(sOperand) + ' ') {
+  for (const char bChar : std::string(sOperand) + '\n') {
+    if (bChar == ' ') continue;
     if (std::isalnum(static_cast<unsigned char>(bChar)) != 0 || bChar == '#' || bChar == '&') {
       sWord += bChar;
       continue;
@@ -26,7 +27,7 @@ std::string Spelled(std::string_view sOperand) {
     const bool bNumber = modDISAsm::AsmParseNumber(sWord, lValue, modDISAsm::MAX_WORD, sIgnored);
     sResult += bNumber ? std::to_string(lValue) : sWord;
     sWord.clear();
-    if (bChar != ' ') sResult += bChar;
+    sResult += bChar;
   }
   return sResult;
 }
