@@ -106,8 +106,10 @@ bool EmulatorLink::OpenBlocks(std::string& sError) {
       lSharedMapBase[lIndex] = platform::MapNamedMemory(hSharedMap[lIndex]);
     }
     if (platform::NamedMemorySize(lSharedMapBase[lIndex]) < lSize) {
-      sError = "cannot create shared block " + std::to_string(lIndex) + " (system error " +
-               std::to_string(platform::LastSystemError()) + ")";
+      sError = lSharedMapBase[lIndex] != nullptr
+                   ? "shared block " + std::to_string(lIndex) + " exists and is too small"
+                   : "cannot create shared block " + std::to_string(lIndex) + " (system error " +
+                         std::to_string(platform::LastSystemError()) + ")";
       return false;
     }
     std::fill_n(lSharedMapBase[lIndex], lSize, std::uint8_t{0});

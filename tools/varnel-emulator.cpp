@@ -50,8 +50,8 @@ it does. HEX is a number from 0 to FFFF without prefix or suffix.
   --icon FILE        the icon of the windows
   -- PROGRAM ARG...  start a program, and end with it and with its exit status
 
-Commands are read from standard input; "help" lists them. The end of the input
-means "quit", unless a PROGRAM was given.
+Commands are read from standard input; "help" lists them. It runs until "quit",
+the end of PROGRAM, or SIGINT or SIGTERM; the end of the input ends nothing.
 )";
 
 constexpr std::string_view COMMANDS = R"(show HEX            let the window show an address
@@ -170,10 +170,11 @@ void Emulator::Remember(std::int32_t lFirst, std::int32_t lCount) {
 int Emulator::Run() {
   bool bInput = true;
   for (;;) {
-    if (const auto lRequested = platform::EndRequested()) return *lRequested;
-    // What the program did last is still to be reported when it has ended.
+    // What was done last is still to be reported when the end has come.
+    const auto lRequested = platform::EndRequested();
     const auto lEnded = hProcess != 0 ? platform::ProcessStatus(hProcess) : std::nullopt;
     Poll();
+    if (lRequested) return *lRequested;
     if (lEnded) return *lEnded;
     if (!std::cout) {
       Complain("cannot write to standard output");
@@ -185,8 +186,10 @@ int Emulator::Run() {
     }
     const auto sInput = platform::ReadStandardInput(POLL_MILLISECONDS);
     bInput = sInput.has_value();
-    if (!Serve(bInput ? *sInput : "\n")) return STATUS_OK;
-    if (!bInput && hProcess == 0) return STATUS_OK;
+    if (!Serve(bInput ? *sInput : "\n")) {
+      Poll();
+      return STATUS_OK;
+    }
   }
 }
 

@@ -12,7 +12,8 @@ namespace {
 std::string SuiteFolder(const std::optional<std::string>& sBase) {
   if (sBase) {
     std::string sPath = *sBase + platform::PATH_SEPARATOR + "VARNEL";
-    if (platform::PathExists(sPath) || platform::CreateFolder(sPath)) return sPath;
+    // What is read there is believed, so that it must not be another user's to write.
+    if (platform::CreateFolder(sPath) && !platform::IsFolderOfOthers(sPath)) return sPath;
   }
   throw RuntimeError(75, "Path/File access error");
 }

@@ -7,7 +7,8 @@
 namespace modALLProcess {
 
 /// The folder of the lasting settings: VARNEL under the user's data folder, made when missing.
-/// Throws RuntimeError 75 when there is nothing under that path and it cannot be made.
+/// Throws RuntimeError 75 when there is nothing under that path and it cannot be made, or when a
+/// folder stands there that another user owns or can write.
 std::string LocalAppFolder();
 
 /// The folder through which the emulator hands files to its companions: VARNEL under the user's

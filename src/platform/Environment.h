@@ -11,8 +11,8 @@ namespace platform {
 extern const char PATH_SEPARATOR;
 
 /// The folder under which programs keep lasting settings of the current user: the environment
-/// variable LOCALAPPDATA. Linux, where it is not set: XDG_DATA_HOME, else ~/.local/share, as the
-/// XDG Base Directory Specification has it, with missing folders made.
+/// variable LOCALAPPDATA. Linux, where it is not set: XDG_DATA_HOME, else ~/.local/share, after the
+/// XDG conventions, with missing folders made.
 /// @return the path without a trailing separator; none when there is no such folder that other
 ///         users cannot change
 std::optional<std::string> UserDataFolder();
@@ -30,13 +30,20 @@ bool PathExists(const std::string& sPath);
 /// @return false when there is nothing under that path afterwards
 bool CreateFolder(const std::string& sPath);
 
+/// Whether a folder stands under a path that another user owns or can write; false for a file, and
+/// where the system keeps users apart by other means (Windows).
+bool IsFolderOfOthers(const std::string& sPath);
+
+/// Largest file that ReadFileText reads, in bytes.
+inline constexpr std::int64_t LARGEST_FILE_TEXT = 0x1000000;
+
 /// A file's whole contents, or why there are none.
 struct FileText {
   enum class Outcome : std::uint8_t { Read, Missing, Unreadable } eOutcome = Outcome::Unreadable;
   std::string sText;  ///< byte for byte; empty unless read
 };
 
-/// Reads a whole file; anything but a plain file is unreadable.
+/// Reads a whole file; anything but a plain file of at most LARGEST_FILE_TEXT is unreadable.
 FileText ReadFileText(const std::string& sPath);
 
 /// Lets the thread sleep.

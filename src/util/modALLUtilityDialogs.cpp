@@ -64,8 +64,11 @@ bool ShowFileDialog(platform::Form& frm, std::string& sFileName, bool bSave,
         "Unexpected error. Err " + std::to_string(tResult.lError) + " : " + tResult.sDescription,
         MSG_CRITICAL, TITLE_ERROR);
   }
+  if (tResult.eOutcome != Outcome::Chosen) {
+    return false;
+  }
   sFileName = tResult.sPath;
-  return tResult.eOutcome == Outcome::Chosen;
+  return true;
 }
 
 }  // namespace modALLUtility

@@ -1,6 +1,7 @@
 #include "windows/modALLForms.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace modALLForms {
 
@@ -174,7 +175,12 @@ bool OpenNewWindow(Window* frm, std::int32_t lDx, std::int32_t lDy) {
     return false;
   }
   const platform::FormPlace tCaller = frm->WindowForm().Place();
-  const std::shared_ptr<Window> frmNew = frm->LoadNewInstance();
+  std::shared_ptr<Window> frmNew;
+  try {
+    frmNew = frm->LoadNewInstance();
+  } catch (const std::exception&) {
+    return false;
+  }
   if (frmNew == nullptr) {
     return false;
   }

@@ -197,7 +197,8 @@ def TestEmulator():
     tEmulator.tProcess.stdin.write(b"dump 0 1")  # the last line needs no end
     tEmulator.tProcess.stdin.close()
     tEmulator.Expect("0000: F3")
-    tEmulator.End(0)
+    tEmulator.tProcess.send_signal(signal.SIGQUIT)  # the end of the input has ended nothing
+    tEmulator.End(131)
     for lRound in range(20):
         tEmulator = Emulator(sTemp=sTemp)
         tEmulator.tProcess.kill()

@@ -26,7 +26,7 @@ std::optional<std::string> EnvironmentVariable(const char* sName) {
   return pValue;
 }
 
-// As above for a folder; relative ones are to be ignored, says the XDG specification.
+// As above for a folder; the XDG conventions ignore relative ones.
 std::optional<std::string> AbsoluteFolder(const char* sName) {
   auto sFolder = EnvironmentVariable(sName);
   return sFolder && sFolder->starts_with('/') ? sFolder : std::nullopt;
@@ -96,6 +96,13 @@ bool CreateFolder(const std::string& sPath) {
   return ::mkdir(sPath.c_str(), 0700) == 0 || PathExists(sPath);
 }
 
+bool IsFolderOfOthers(const std::string& sPath) {
+  struct stat tStatus = {};
+  return ::stat(sPath.c_str(), &tStatus) == 0 && S_ISDIR(tStatus.st_mode) &&
+         ((tStatus.st_uid != ::geteuid() && tStatus.st_uid != 0) ||
+          (tStatus.st_mode & OTHERS_CAN_WRITE) != 0);
+}
+
 FileText ReadFileText(const std::string& sPath) {
   // Without O_NONBLOCK, opening a pipe would wait for its writer.
   const FileDescriptor tFile = OpenFile(sPath, O_RDONLY | O_NONBLOCK);
@@ -103,7 +110,8 @@ FileText ReadFileText(const std::string& sPath) {
     const bool bMissing = errno == ENOENT || errno == ENOTDIR;
     return {bMissing ? FileText::Outcome::Missing : FileText::Outcome::Unreadable, {}};
   }
-  auto sText = tFile.ReadAll();
+  const auto tStatus = tFile.Status();
+  auto sText = tStatus && tStatus->st_size <= LARGEST_FILE_TEXT ? tFile.ReadAll() : std::nullopt;
   if (!sText) return {FileText::Outcome::Unreadable, {}};
   return {FileText::Outcome::Read, *std::move(sText)};
 }

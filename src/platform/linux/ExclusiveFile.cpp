@@ -16,6 +16,9 @@ namespace platform {
 
 namespace {
 
+// How often a file that is replaced between opening and lock is opened again.
+constexpr int MOST_TRIES = 100;
+
 // Whether a path leads to an open file, through symbolic links where there are any.
 bool LeadsTo(const std::string& sPath, const FileDescriptor& tFile) {
   struct stat tNamed = {};
@@ -32,11 +35,24 @@ class ExclusiveFile final : public SystemObject {
   ExclusiveFile(FileDescriptor tLocked, std::string sPathOpened)
       : tFile(std::move(tLocked)), sPath(std::move(sPathOpened)) {}
 
-  std::optional<std::string> Read() const { return tFile.ReadAll(); }
+  std::optional<std::string> Read() {
+    tRead = tFile.Status();
+    return tFile.ReadAll();
+  }
 
   // The new text goes into a file beside the old one, which takes its name when all of it is on the
-  // disk: a crash or a full disk at any moment leaves the old or the new text whole.
+  // disk: a crash or a full disk at any moment leaves the old or the new text whole. A file that
+  // may be written but not replaced (its folder is closed, it is another user's, or a mount) is
+  // written in place, since its settings would else never be saved.
   bool Write(std::string_view sText) {
+    if (Replace(sText)) return true;
+    const bool bFixed = errno == EACCES || errno == EPERM || errno == EROFS || errno == EBUSY;
+    return bFixed && IsAsRead() && ::lseek(tFile.Get(), 0, SEEK_SET) == 0 &&
+           tFile.WriteAll(sText) && ::ftruncate(tFile.Get(), static_cast<off_t>(sText.size())) == 0;
+  }
+
+ private:
+  bool Replace(std::string_view sText) {
     const std::unique_ptr<char, decltype(&std::free)> pTarget(::realpath(sPath.c_str(), nullptr),
                                                               &std::free);
     if (pTarget == nullptr) return false;
@@ -45,9 +61,10 @@ class ExclusiveFile final : public SystemObject {
     ::unlink(sNew.c_str());  // what a crashed holder left
     FileDescriptor tNew = OpenFile(sNew, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
     if (!tNew.IsOpen()) return false;
-    if (LockWhole(tNew) && tNew.WriteAll(sText) && TakeOver(tNew, sTarget) &&
+    if (LockWhole(tNew) && tNew.WriteAll(sText) && TakeOver(tNew, sTarget) && LeadsTo(sNew, tNew) &&
         ::rename(sNew.c_str(), sTarget.c_str()) == 0) {
       tFile = std::move(tNew);
+      tRead.reset();
       return true;
     }
     const int lError = errno;
@@ -56,28 +73,39 @@ class ExclusiveFile final : public SystemObject {
     return false;
   }
 
- private:
   // Readies a new file for the name of the one that is held: same owner, group and mode, on the
-  // disk. A program that knows nothing of the lock may have replaced the held file meanwhile; its
-  // text must stand.
+  // disk. A program that knows nothing of the lock may have replaced or written the held file
+  // meanwhile; its text must stand.
   bool TakeOver(const FileDescriptor& tNew, const std::string& sTarget) const {
     const auto tOld = tFile.Status();
-    if (!tOld || ::fchown(tNew.Get(), tOld->st_uid, tOld->st_gid) != 0 ||
+    const auto tOwn = tNew.Status();
+    if (!tOld || !tOwn) return false;
+    const bool bSameOwner = tOwn->st_uid == tOld->st_uid && tOwn->st_gid == tOld->st_gid;
+    if ((!bSameOwner && ::fchown(tNew.Get(), tOld->st_uid, tOld->st_gid) != 0) ||
         ::fchmod(tNew.Get(), tOld->st_mode & 07777U) != 0 || ::fsync(tNew.Get()) != 0) {
       return false;
     }
     errno = ESTALE;
-    return LeadsTo(sTarget, tFile);
+    return LeadsTo(sTarget, tFile) && IsAsRead();
+  }
+
+  // Whether the held file is what the last Read found; true when nothing was read.
+  bool IsAsRead() const {
+    const auto tNow = tFile.Status();
+    return tNow && (!tRead || (tNow->st_size == tRead->st_size &&
+                               tNow->st_mtim.tv_sec == tRead->st_mtim.tv_sec &&
+                               tNow->st_mtim.tv_nsec == tRead->st_mtim.tv_nsec));
   }
 
   FileDescriptor tFile;
+  std::optional<struct stat> tRead;
   std::string sPath;
 };
 
 }  // namespace
 
 std::uint32_t OpenExclusiveFile(const std::string& sPath) {
-  for (;;) {
+  for (int lTry = 0; lTry < MOST_TRIES; ++lTry) {
     FileDescriptor tFile = OpenFile(sPath, O_RDWR | O_CREAT | O_NONBLOCK, 0600);
     const auto tStatus = tFile.Status();
     if (tStatus && !S_ISREG(tStatus->st_mode)) errno = EINVAL;
@@ -90,10 +118,12 @@ std::uint32_t OpenExclusiveFile(const std::string& sPath) {
       return AddSystemObject(std::make_unique<ExclusiveFile>(std::move(tFile), sPath));
     }
   }
+  SetLastSystemError(EAGAIN);
+  return 0;
 }
 
 std::optional<std::string> ReadExclusiveFile(std::uint32_t hFile) {
-  const auto* const pFile = SystemObjectAs<ExclusiveFile>(hFile);
+  auto* const pFile = SystemObjectAs<ExclusiveFile>(hFile);
   if (pFile == nullptr) return std::nullopt;
   auto sText = pFile->Read();
   if (!sText) SetLastSystemError(errno);

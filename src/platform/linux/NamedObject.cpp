@@ -56,7 +56,11 @@ bool LockSetup(const FileDescriptor& tFile) {
 // would kill the writer when the memory has run out.
 int Clear(const FileDescriptor& tFile, std::uint32_t lSize) {
   if (::ftruncate(tFile.Get(), 0) != 0) return errno;
-  return ::posix_fallocate(tFile.Get(), 0, static_cast<off_t>(lSize));
+  int lError = EINTR;
+  while (lError == EINTR) {
+    lError = ::posix_fallocate(tFile.Get(), 0, static_cast<off_t>(lSize));
+  }
+  return lError;
 }
 
 // Removes this user's objects that no process uses.

@@ -32,12 +32,14 @@ void Handle(int lSignal, void (*fnHandler)(int)) {
 void CatchEndRequests() {
   // A script's background job starts with SIGINT ignored, and would go on for ever.
   Handle(SIGINT, NoteSignal);
+  Handle(SIGQUIT, NoteSignal);
   Handle(SIGTERM, NoteSignal);
   struct sigaction tOld = {};
   if (sigaction(SIGHUP, nullptr, &tOld) == 0 && tOld.sa_handler != SIG_IGN) {  // not under nohup
     Handle(SIGHUP, NoteSignal);
   }
   Handle(SIGPIPE, SIG_IGN);
+  Handle(SIGCHLD, SIG_DFL);  // where it is inherited as ignored, no child's status is kept
 }
 
 std::optional<std::int32_t> EndRequested() {
