@@ -90,11 +90,14 @@ class ControlEvents final : public QObject {
   }
 
  private:
-  /// A focus that goes to another window, a menu or a pop-up comes back by itself and is no event.
+  /// A focus that goes to another window, a menu or a pop-up and comes back is no event; but while
+  /// it is away, as in a message box, the program may give it to another control.
   void ReportFocus(const QFocusEvent& tFocus) {
-    if (tFocus.reason() == Qt::ActiveWindowFocusReason || tFocus.reason() == Qt::PopupFocusReason ||
-        tFocus.reason() == Qt::MenuBarFocusReason)
-      return;
+    const bool bAway = tFocus.reason() == Qt::ActiveWindowFocusReason ||
+                       tFocus.reason() == Qt::PopupFocusReason ||
+                       tFocus.reason() == Qt::MenuBarFocusReason;
+    const bool bOther = tFocus.gotFocus() && frm.NoteFocus(iControl) != iControl;
+    if (bAway && !bOther) return;
     frm.Post([bGot = tFocus.gotFocus(), iOwn = iControl](FormEvents& tEvents) {
       bGot ? tEvents.GotFocus(iOwn) : tEvents.LostFocus(iOwn);
     });

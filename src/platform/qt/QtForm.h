@@ -81,6 +81,9 @@ class QtForm final : public QWidget, public Form, public std::enable_shared_from
   /// middle of a change of focus; not at all when the form is closing by then.
   void Post(std::function<void(FormEvents&)> fnCall);
 
+  /// Notes the control that got the focus; gives the one that got it before, or -1.
+  std::int16_t NoteFocus(std::int16_t iControl) { return std::exchange(iFocus, iControl); }
+
   /// Runs a dialog that is modal to this form until it is answered or the form is unloaded; gives
   /// the dialog's result, QDialog::Rejected for an unloaded form.
   int RunDialog(QDialog& tDialog);
@@ -124,6 +127,7 @@ class QtForm final : public QWidget, public Form, public std::enable_shared_from
   std::map<std::int16_t, std::unique_ptr<Control>> colControl;
   QTimer tmrForm;
   Life eLife = Life::Loaded;
+  std::int16_t iFocus = -1;
   bool bLoadReturned = false;
   bool bShown = false;
   bool bFrameKnown = false;

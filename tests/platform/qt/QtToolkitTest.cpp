@@ -491,6 +491,12 @@ TEST_F(QtToolkitTest, FocusEventsComeLaterAndOnlyWithinTheForm) {
   frm.SetFocus();
   Pump();
   EXPECT_EQ(asLog, Log{"Activate"});
+  LoadShown();  // while the focus is elsewhere, the program gives it to another control
+  frm.ControlOf(TXT_END).SetFocus();
+  asLog.clear();
+  frm.SetFocus();
+  Pump();
+  EXPECT_EQ(asLog, (Log{"Activate", "GotFocus 3"}));
 }
 
 TEST_F(QtToolkitTest, Menus) {
