@@ -57,7 +57,10 @@ QtForm::~QtForm() {
 void QtForm::BuildControls(const FormDesign& tDesign) {
   const ControlFonts tFonts{FormFont(tDesign), ListingFont(tDesign)};
   setFont(tFonts.tForm);
-  tMenus.Bar().setFont(QApplication::font("QMenuBar"));
+  // Said in full, or the bar would take the form's narrow face, unlike its menus.
+  QFont tBarFont = QApplication::font("QMenuBar");
+  tBarFont.setResolveMask(QFont::AllPropertiesResolved);
+  tMenus.Bar().setFont(tBarFont);
   std::map<std::int16_t, QWidget*> colTab;
   for (const ControlDesign& tControl : tDesign.atControl) {
     BuiltControl tBuilt = BuildControl(*this, *pClient, tControl, tFonts);
