@@ -15,6 +15,7 @@
 #include <QTest>
 #include <QTimer>
 #include <array>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -129,9 +130,15 @@ class QtToolkitTest : public testing::Test {
   static Kind& Child(Form& frm, const char* sName) {
     return *Widget(frm).findChild<Kind*>(sName);
   }
+  void After(int lMilliseconds, const std::function<void()>& fnDo) {
+    QTimer& tmrOnce = atmrOnce.emplace_back();
+    tmrOnce.setSingleShot(true);
+    QObject::connect(&tmrOnce, &QTimer::timeout, &tmrOnce, fnDo);
+    tmrOnce.start(lMilliseconds);
+  }
   /// Answers the dialog that is open once the event loop is idle.
-  static void KeyInDialog(Qt::Key eKey) {
-    QTimer::singleShot(50, [eKey]() { QTest::keyClick(QApplication::activeModalWidget(), eKey); });
+  void KeyInDialog(Qt::Key eKey) {
+    After(50, [eKey]() { QTest::keyClick(QApplication::activeModalWidget(), eKey); });
   }
   bool Heard(const char* sEvent) const {
     return std::find(asLog.begin(), asLog.end(), sEvent) != asLog.end();
@@ -139,6 +146,7 @@ class QtToolkitTest : public testing::Test {
 
   Log asLog;
   std::map<std::string, std::function<void()>> colDo;
+  std::deque<QTimer> atmrOnce;
 };
 
 TEST_F(QtToolkitTest, UnloadedInsideItsOwnHandlers) {
@@ -204,8 +212,8 @@ TEST_F(QtToolkitTest, RunLastsUntilTheLastFormThoughUnseen) {
   Recorder& tShown = LoadShown();
   EXPECT_EQ(TheToolkit().FormByName("FRMDISASS"), tUnseen.frm);
   EXPECT_EQ(TheToolkit().ActiveForm(), tShown.frm);
-  QTimer::singleShot(0, [&]() { Widget(*tShown.frm).windowHandle()->close(); });
-  QTimer::singleShot(100, [&]() {
+  After(0, [&]() { Widget(*tShown.frm).windowHandle()->close(); });
+  After(100, [&]() {
     EXPECT_EQ(TheToolkit().LoadedForms().size(), 1U);
     EXPECT_TRUE(Heard("QueryUnload"));
     tUnseen.frm->Unload();
@@ -281,7 +289,8 @@ TEST_F(QtToolkitTest, ListKeepsSelectionAndTopWithTheirLines) {
     EXPECT_EQ(lst.TopIndex(), tCase.lTop);
     EXPECT_EQ(asLog, Log{"Click 8"});
     asLog.clear();
-    tLines.asLine.resize(static_cast<std::size_t>(1000 - tCase.lRemoved + tCase.lInserted), "new");
+    const int lCount = 1000 - tCase.lRemoved + tCase.lInserted;
+    tLines.asLine.resize(static_cast<std::size_t>(lCount), "new");
     lst.LinesReplaced(tCase.lFirst, tCase.lRemoved, tCase.lInserted);
     EXPECT_EQ(lst.SelectedIndex(), tCase.lNewSelected);
     EXPECT_EQ(lst.TopIndex(), tCase.lNewTop);
@@ -320,8 +329,8 @@ TEST_F(QtToolkitTest, ListByMouseAndKeys) {
   const auto tPoint = [&](int lLine) { return QPoint(20, 2 + lLine * lHeight + lHeight / 2); };
   const auto lItem = [&](int lX, int lY) { return lst.ItemFromPoint(lX, lY); };
   EXPECT_EQ(lItem(20, tPoint(3).y()), 103U);
-  EXPECT_EQ(lItem(0, tPoint(3).y()), 0x10000U + 103);   // on the frame
-  Pump();  // lays the scroll bar out
+  EXPECT_EQ(lItem(0, tPoint(3).y()), 0x10000U + 103);  // on the frame
+  Pump();                                              // lays the scroll bar out
   EXPECT_EQ(lItem(lstView.width() - 2, 50) >> 16, 1U);
 
   using Buttons = QTest::MouseAction;
@@ -525,18 +534,22 @@ TEST_F(QtToolkitTest, Menus) {
 
   colDo["MenuClick 5 2"] = [&]() {
     EXPECT_EQ(asShown().at(3), "*A && 2");  // a click changes no mark
-    for (const auto iIndex : std::to_array<std::int16_t>({1, 2, 15})) frm.UnloadMenuItem(MNU_WINDOW_ITEM, iIndex);
+    for (const auto iIndex : std::to_array<std::int16_t>({1, 2, 15})) {
+      frm.UnloadMenuItem(MNU_WINDOW_ITEM, iIndex);
+    }
   };
   QTest::keyClick(&Widget(frm), Qt::Key_F10);
-  for (const Qt::Key eKey : {Qt::Key_Right, Qt::Key_Up, Qt::Key_Up, Qt::Key_Return})
+  for (const Qt::Key eKey : {Qt::Key_Right, Qt::Key_Up, Qt::Key_Up, Qt::Key_Return}) {
     QTest::keyClick(QApplication::activePopupWidget(), eKey);
+  }
   EXPECT_EQ(asLog, Log{"MenuClick 5 2"});
   EXPECT_EQ(asShown(), (Log{"Open new window", ""}));
 
   asLog.clear();
-  QTimer::singleShot(50, []() {
-    for (const Qt::Key eKey : {Qt::Key_Down, Qt::Key_Return})
+  After(50, []() {
+    for (const Qt::Key eKey : {Qt::Key_Down, Qt::Key_Return}) {
       QTest::keyClick(QApplication::activePopupWidget(), eKey);
+    }
   });
   frm.ShowPopupMenu(MNU_DIS_POPUP);
   EXPECT_EQ(asLog, Log{"MenuClick 7 0"});
