@@ -27,7 +27,7 @@ std::string Spelled(std::string_view sOperand) {
     const bool bNumber = modDISAsm::AsmParseNumber(sWord, lValue, modDISAsm::MAX_WORD, sIgnored);
     sResult += bNumber ? std::to_string(lValue) : sWord;
     sWord.clear();
-    sResult += bChar;
+    if (bChar != '\n') sResult += bChar;
   }
   return sResult;
 }
