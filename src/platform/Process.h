@@ -9,9 +9,9 @@
 /// from one thread.
 namespace platform {
 
-/// From now on a request to end (Linux: SIGINT, SIGTERM, and SIGHUP unless it was ignored; Windows:
-/// Ctrl+C, Ctrl+Break, a closed console) no longer ends the program but is remembered, and output
-/// that nobody reads any more is an error of the write.
+/// From now on a request to end (Linux: SIGINT, SIGQUIT, SIGTERM, and SIGHUP unless it was ignored;
+/// Windows: Ctrl+C, Ctrl+Break, a closed console) no longer ends the program but is remembered, and
+/// output that nobody reads any more is an error of the write.
 void CatchEndRequests();
 
 /// The exit status by which a shell tells of such an end (128 plus the signal's number: 130 for
