@@ -13,15 +13,12 @@
 #include "platform/TestProcess.h"
 
 using namespace frmDisassDesign;  // NOLINT(google-build-using-namespace): the numbers are its use
+using namespace recording;        // NOLINT(google-build-using-namespace): likewise
 using modALLDisass::abMemoryImage;
+using modALLDisass::MemoryImage;
 using modALLUtility::AddrAdd;
 using modALLUtility::ADDRESS_SPACE;
 using modALLUtility::Hex4;
-using recording::Action;
-using recording::Box;
-using recording::Control;
-using recording::Form;
-using std::int16_t, std::int32_t, std::uint32_t, std::uint8_t, std::size_t, std::string;
 
 inline constexpr int16_t ENTER = 13, ESC = 27, UP = 38, DOWN = 40;
 inline constexpr int32_t OK = 1, CANCEL = 2, YES = 6, NO = 7;
@@ -32,26 +29,21 @@ inline string ListingFault(const modDISListing::Listing& tListing, modALLDisass:
                            int32_t lFirst, int32_t lLast, int32_t lMargin = ADDRESS_SPACE) {
   int32_t lLine = 0, lNext = std::max(lFirst - lMargin, 0);  // lNext: whose entries are unchecked
   const auto fnTables = [&](int32_t lEnd, int32_t lIndex, int32_t lStart) {
-    for (; lNext < lEnd; ++lNext) {
-      if (tListing.LineIndex(lNext) != lIndex || tListing.IsLineStart(lNext) != (lNext == lStart)) {
-        return "tables at " + Hex4(lNext);
-      }
+    while (lNext < lEnd && tListing.LineIndex(lNext) == lIndex &&
+           tListing.IsLineStart(lNext) == (lNext == lStart)) {
+      ++lNext;
     }
-    return string{};
+    return lNext >= lEnd;
   };
   for (int32_t lAddress = lFirst; lAddress <= lLast; ++lLine) {
     const auto [sLine, lLength] = modDISListing::BuildListingLine(abImage, lAddress);
-    if (lLine >= tListing.LineCount() || tListing.Line(lLine) != sLine) {
-      return "line " + std::to_string(lLine) + ", not " + sLine.substr(0, 60);
-    }
-    string sFault = fnTables(lAddress, 0, -1);
     const int32_t lEnd = std::min(lAddress + std::min(lLength, 4), ADDRESS_SPACE);
-    if (sFault.empty()) sFault = fnTables(lEnd, lLine, lAddress);
-    if (!sFault.empty()) return sFault;
+    if (lLine >= tListing.LineCount() || tListing.Line(lLine) != sLine) return "not " + sLine;
+    if (!fnTables(lAddress, 0, -1) || !fnTables(lEnd, lLine, lAddress)) return "tables, " + sLine;
     lAddress += lLength;
   }
-  return lLine == tListing.LineCount() ? fnTables(std::min(lLast + lMargin, ADDRESS_SPACE), 0, -1)
-                                       : "lines too many";
+  const bool bTables = fnTables(std::min(lLast + lMargin, ADDRESS_SPACE), 0, -1);
+  return lLine != tListing.LineCount() ? "too many lines" : bTables ? "" : "tables behind the end";
 }
 
 /// Windows on a link whose other side the test plays.
@@ -61,15 +53,15 @@ class WindowTest : public testing::Test {
     setenv("TEMP", tFolder.Path().c_str(), 1);
     setenv("LOCALAPPDATA", tFolder.Path().c_str(), 1);
     for (size_t lValue = 1; lValue < asValue.size(); ++lValue) {
-      asValue[lValue] = tFolder.Path("object," + std::to_string(lValue));
+      asValue[lValue] = tFolder.Path("object," + to_string(lValue));
     }
-    hRam = platform::CreateNamedMemory(asValue[1], 0x20000);
-    hControl = platform::CreateNamedMemory(asValue[5], 512);
-    abRam = platform::MapNamedMemory(hRam);
-    alControl = reinterpret_cast<uint32_t*>(platform::MapNamedMemory(hControl));
-    hProgram = platform::CreateNamedEvent(asValue[21]);
-    hShow = platform::CreateNamedEvent(asValue[22]);
-    hBreakpoint = platform::CreateNamedEvent(asValue[23]);
+    ahObject = {platform::CreateNamedMemory(asValue[1], 0x20000),
+                platform::CreateNamedMemory(asValue[5], 512),
+                platform::CreateNamedEvent(asValue[21]), platform::CreateNamedEvent(asValue[22]),
+                platform::CreateNamedEvent(asValue[23])};
+    abRam = platform::MapNamedMemory(ahObject[0]);
+    alControl = reinterpret_cast<uint32_t*>(platform::MapNamedMemory(ahObject[1]));
+    std::filesystem::create_directory(tFolder.Path("VARNEL"));
     WriteConfig();
     modAllIni::IniLoad();
   }
@@ -77,25 +69,20 @@ class WindowTest : public testing::Test {
     while (!tToolkit.apForm.empty()) tToolkit.apForm.back()->Unload();
     platform::UnmapNamedMemory(abRam);
     platform::UnmapNamedMemory(reinterpret_cast<uint8_t*>(alControl));
-    for (const auto hObject : {hRam, hControl, hProgram, hShow, hBreakpoint}) {
-      platform::CloseSystemHandle(hObject);
-    }
+    for (const auto hEach : ahObject) platform::CloseSystemHandle(hEach);
     unsetenv("TEMP");  // the next test's folder is not to lie in this one's
   }
-
   void WriteConfig(size_t lValues = 25) {
     string sText = asValue[0];
     for (size_t lValue = 1; lValue < lValues; ++lValue) sText += ",\"" + asValue[lValue] + '"';
-    std::filesystem::create_directory(tFolder.Path("VARNEL"));
     test::WriteFile(tFolder.Path("VARNEL/VARNEL.tmp"), sText);
   }
   void Put(int32_t lAddress, const string& sBytes) {
-    for (size_t lAt = 0; lAt < sBytes.size(); lAt += 3) {
+    for (size_t lAt = 0; lAt < sBytes.size(); lAt += 3, lAddress = AddrAdd(lAddress, 1)) {
       abRam[lAddress] = static_cast<uint8_t>(std::stoi(sBytes.substr(lAt, 2), nullptr, 16));
-      lAddress = AddrAdd(lAddress, 1);
     }
   }
-  string Dump(int32_t lAddress, int32_t lCount) const {
+  string Dump(int32_t lAddress, size_t lCount) const {
     string sText;
     for (; lCount > 0; --lCount, lAddress = AddrAdd(lAddress, 1)) {
       sText += Hex4(abRam[lAddress]).substr(2) + (lCount > 1 ? " " : "");
@@ -106,8 +93,9 @@ class WindowTest : public testing::Test {
     alControl[2] = lAddress;
     platform::SetNamedEvent(hShow);
   }
+  bool RamChanged() const { return (alControl[1] >> 16 & 0xFF) == 0xFF; }
 
-  Form& Load(bool bDebug = false) {
+  static Form& Load(bool bDebug = false) {
     return static_cast<Form&>(frmDisass::LoadNew(bDebug)->WindowForm());
   }
   Form& Open(uint32_t lAddress = 0xFF00) {
@@ -117,55 +105,51 @@ class WindowTest : public testing::Test {
     return frm;
   }
   /// Lists a range as the user does.
-  static void List(Form& frm, std::string_view sStart, std::string_view sEnd) {
-    frm.SetFocus();
-    frm.MoveFocus(&frm.ControlOf(TXT_START));
-    frm.Type(sStart);
-    frm.MoveFocus(&frm.ControlOf(TXT_END));
-    frm.Type(sEnd);
-    frm.MoveFocus(&frm.ControlOf(LST_DIS));
+  static void List(Form& frm, string_view sStart, string_view sEnd) {
+    if (frm.GoTo(TXT_START)) frm.Type(sStart);
+    if (frm.GoTo(TXT_END)) frm.Type(sEnd);
+    frm.GoTo(LST_DIS);
   }
   static frmDisass& Logic(Form& frm) { return static_cast<frmDisass&>(*frm.pLogic); }
   static const modDISListing::Listing& Lines(Form& frm) { return Logic(frm).LinesAndMaps(); }
   static string Field(Form& frm, int16_t iControl) { return frm.ControlOf(iControl).sText; }
   /// The selected line's address, "" for none.
   static string Selected(Form& frm) {
-    const Control& lst = frm.ControlOf(LST_DIS);
-    return lst.lSelected < 0 ? "" : lst.asShown[static_cast<size_t>(lst.lSelected)].substr(0, 4);
+    const int32_t lLine = frm.ControlOf(LST_DIS).lSelected;
+    return lLine < 0 ? "" : string(Lines(frm).Line(lLine).substr(0, 4));
   }
-  static void EditLine(Form& frm, int32_t lAddress) {
+  static void Edit(Form& frm, int32_t lAddress, const char* sTyped = "") {
     frm.DoubleClick(LST_DIS, Lines(frm).LineIndex(lAddress));
+    frm.Type(sTyped);
   }
   /// What the editor is on and shows, "" when it is closed.
   static string Editor(Form& frm) {
     return frm.ControlOf(TXT_ASM).bVisible ? Selected(frm) + ' ' + Field(frm, TXT_ASM) : "";
   }
-
   /// The listing, its tables, the list's view, the fields, the decoder's image and the memory tell
   /// one story, and the window takes input.
   void ExpectSound(Form& frm, int32_t lMargin = ADDRESS_SPACE) {
-    const auto fnNumber = [&](int16_t iField) {
-      return modDISListing::LineAddress(Field(frm, iField));
-    };
-    EXPECT_EQ(
-        ListingFault(Lines(frm), abMemoryImage, fnNumber(TXT_START), fnNumber(TXT_END), lMargin),
-        "");
+    const int32_t lFirst = modDISListing::LineAddress(Field(frm, TXT_START));
+    const int32_t lLast = modDISListing::LineAddress(Field(frm, TXT_END));
+    EXPECT_EQ(ListingFault(Lines(frm), abMemoryImage, lFirst, lLast, lMargin), "");
     EXPECT_TRUE(std::equal(abMemoryImage.begin(), abMemoryImage.end(), abRam));
-    const Control& lst = frm.ControlOf(LST_DIS);
+    const Control &lst = frm.ControlOf(LST_DIS), &txt = frm.ControlOf(TXT_ASM);
     EXPECT_EQ(lst.Lines(), Lines(frm).LineCount());
-    for (int32_t lLine = 0; const string& sShown : lst.asShown)
+    for (int32_t lLine = 0; const string& sShown : lst.asShown) {
       ASSERT_EQ(sShown, Lines(frm).Line(lLine++));
+    }
     for (const int16_t iInput : {TXT_START, TXT_END, CMD_DISASS}) {
-      EXPECT_NE(frm.ControlOf(iInput).bEnabled, frm.ControlOf(TXT_ASM).bVisible) << iInput;
+      EXPECT_NE(frm.ControlOf(iInput).bEnabled, txt.bVisible) << iInput;
     }
     EXPECT_TRUE(lst.bVisible && frm.bTimer);
+    EXPECT_TRUE(!txt.bVisible || txt.tPlace.lTop == 1140 + 225 * (lst.lSelected - lst.lTop));
   }
-  bool RamChanged() const { return (alControl[1] >> 16 & 0xFF) == 0xFF; }
 
   const test::TestFolder tFolder;
   std::array<string, 25> asValue{"7"};
-  uint32_t hRam = 0, hControl = 0, hProgram = 0, hShow = 0, hBreakpoint = 0;
+  std::array<uint32_t, 5> ahObject{};
+  const uint32_t &hProgram = ahObject[2], &hShow = ahObject[3], &hBreakpoint = ahObject[4];
   uint8_t* abRam = nullptr;
   uint32_t* alControl = nullptr;  ///< 0: active program, 2: show address, 3: breakpoint
-  recording::Toolkit tToolkit;
+  Toolkit tToolkit;
 };

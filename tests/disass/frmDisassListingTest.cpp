@@ -5,26 +5,26 @@
 namespace {
 
 TEST_F(WindowTest, ShowsAnAddress) {
+  constexpr int32_t ASKED = -1;  // lAddress: the one that the emulator asks for
   const struct {
-    const char *sStart, *sEnd;  // listed before, of 3-byte instructions from 0000 on
+    const char *sStart, *sEnd;  // listed before, three bytes a line from 0000 on
     bool bForce;
     int32_t lAddress;
-    uint32_t lAsked;  // by the emulator, for a negative address
+    uint32_t lAsked;
     const char *sStartThen, *sEndThen, *sSelected;
     int32_t lTop;
-    bool bRebuilt;
+    bool bListed;
   } atCase[] = {
-      {"8001", "9000", false, 0x8301, 0, "8001", "9000", "8301", 243,
-       false},                                                              // the middle: 256 - 13
-      {"8001", "9000", false, 0x8302, 0, "8302", "A302", "8302", 0, true},  // inside an instruction
+      {"8001", "9000", false, 0x8301, 0, "8001", "9000", "8301", 256 - 13, false},
+      {"8001", "9000", false, 0x8302, 0, "8302", "A302", "8302", 0, true},  // inside a line
       {"8001", "9000", false, 0x9001, 0, "9001", "B001", "9001", 0, true},
-      {"8001", "9000", false, -1, 0xFF00, "FF00", "FFFF", "FF00", 0, true},
-      {"8001", "9000", true, -1, 0x8302, "8001", "9000", "8301", 243, true},
+      {"8001", "9000", false, ASKED, 0xFF00, "FF00", "FFFF", "FF00", 0, true},
+      {"8001", "9000", true, ASKED, 0x8302, "8001", "9000", "8301", 256 - 13, true},
       {"8001", "9000", true, 0x7000, 0, "8001", "9000", "8001", 0, true},
       {"8001", "9000", false, 0x10000, 0, "8001", "9000", "8001", 0, false},
-      {"8001", "9000", false, -1, 0xFFFFFFFF, "8001", "9000", "8001", 0, false},
-      {"8001", "9000", true, -1, 0x80000000, "8001", "9000", "8001", 0, true},
-      {"8001", "9000", false, -5, 0x7FFFFFFF, "8001", "9000", "8001", 0, false},
+      {"8001", "9000", false, ASKED, 0xFFFFFFFF, "8001", "9000", "8001", 0, false},
+      {"8001", "9000", true, ASKED, 0x80000000, "8001", "9000", "8001", 0, true},
+      {"8001", "9000", false, ASKED, 0x7FFFFFFF, "8001", "9000", "8001", 0, false},
       {"FFFE", "FFFF", true, 0xFFFF, 0, "FFFE", "FFFF", "FFFF", 0, true},
       {"8001", "8001", true, 0, 0, "8001", "8001", "8001", 0, true},
       {"0000", "FFFF", false, 0xFFFF, 0, "0000", "FFFF", "FFFF", 0x10000 / 3 + 1 - 27, false},
@@ -33,170 +33,139 @@ TEST_F(WindowTest, ShowsAnAddress) {
   Control& lst = frm.ControlOf(LST_DIS);
   for (int32_t lAddress = 0; lAddress < 0xFFFF; lAddress += 3) Put(lAddress, "21 41 42");
   for (const auto& tCase : atCase) {
+    SCOPED_TRACE(string(tCase.sStart) + ' ' + Hex4(tCase.lAddress) + (tCase.bForce ? " !" : ""));
     alControl[2] = 0;
     List(frm, tCase.sStart, tCase.sEnd);
     alControl[2] = tCase.lAsked;
     tToolkit.TakeLog();
     Logic(frm).position(tCase.bForce, tCase.lAddress);
-    const auto asLog = tToolkit.TakeLog();
-    SCOPED_TRACE(string(tCase.sStart) + ' ' + Hex4(tCase.lAddress) + ' ' + Hex4(tCase.bForce));
-    EXPECT_EQ(Field(frm, TXT_START), tCase.sStartThen);
-    EXPECT_EQ(Field(frm, TXT_END), tCase.sEndThen);
+    EXPECT_EQ(std::ranges::count(tToolkit.TakeLog(), "fill lstDis"), tCase.bListed ? 1 : 0);
+    EXPECT_EQ(Field(frm, TXT_START) + Field(frm, TXT_END),
+              string(tCase.sStartThen) + tCase.sEndThen);
     EXPECT_EQ(Selected(frm), tCase.sSelected);
-    EXPECT_EQ(lst.lTop, tCase.lTop);
-    EXPECT_EQ(std::ranges::count(asLog, "fill lstDis"), tCase.bRebuilt ? 1 : 0);
-    EXPECT_EQ(frm.pFocus, &lst);
+    EXPECT_TRUE(lst.lTop == tCase.lTop && frm.pFocus == &lst) << lst.lTop;
     ExpectSound(frm);
   }
   // A view of one line, and a list that does not tell its lines' height: the form's "A" serves.
   List(frm, "8001", "9000");
-  lst.tPlace.lHeight = 440;
-  Logic(frm).position(false, 0x8301);
-  EXPECT_EQ(lst.lTop, 256);
-  lst.tPlace.lHeight = 6255;
-  lst.lItemPixels = 0;
-  Logic(frm).position(false, 0x8301);
-  EXPECT_EQ(lst.lTop, 256 - 6);
-  EXPECT_EQ(alControl[0], 0U) << "no user was at work";
+  for (const auto& [lHeight, lPixels, lTop] : {std::tuple(440, 15, 256), {6255, 0, 256 - 6}}) {
+    lst.tPlace.lHeight = lHeight;
+    lst.lItemPixels = lPixels;
+    Logic(frm).position(false, 0x8301);
+    EXPECT_EQ(lst.lTop, lTop);
+  }
 }
 
 TEST_F(WindowTest, AddressFieldsTakeWhatIsAnAddress) {
+  const Box tFault{"Start address > End address", 48, "Varnel - Error"};
   const struct {
     const char *sStart, *sEnd;  // typed; "=" in front: pasted
-    const char *sEndProposed, *sStartThen, *sEndThen;
-    bool bListed;
-  } atCase[] = {{"c0", "c1", "20C0", "00C0", "00C1", true},
-                {"F000", "", "FFFF", "F000", "0000", false},
-                {"", "g0 -\x03\r.3", "2000", "0000", "0003", true},
-                {"8000", "7FFF", "A000", "8000", "7FFF", false},
-                {"12345", "12345", "3234", "1234", "1234", true},
-                {"=+1", "=9 00", "2000", "0000", "2000", false},
-                {"8000", "=zzzz", "A000", "8000", "2000", false}};
+    const char *sProposed, *sStartThen, *sEndThen;
+    bool bListed, bFault;
+  } atCase[] = {{"c0", "c1", "20C0", "00C0", "00C1", true, false},
+                {"F000", "", "FFFF", "F000", "0000", false, true},
+                {"", "g0 -\x03\r.3", "2000", "0000", "0003", true, false},
+                {"8000", "7FFF", "A000", "8000", "7FFF", false, true},
+                {"12345", "12345", "3234", "1234", "1234", true, false},
+                {"=+1", "=9 00", "2000", "0000", "2000", false, false},
+                {"8000", "=zzzz", "A000", "8000", "2000", false, false}};
   for (const auto& tCase : atCase) {
     SCOPED_TRACE(string(tCase.sStart) + " to " + tCase.sEnd);
     Form& frm = Open(0);
-    const auto fnEnter = [&](int16_t iField, std::string_view sText) {
-      Control& txt = frm.ControlOf(iField);
-      frm.MoveFocus(&txt);
-      EXPECT_TRUE(txt.bAllSelected);
-      if (sText.starts_with("=")) return txt.SetText(sText.substr(1));
-      txt.sText.clear();
-      frm.Type(sText);
-    };
-    fnEnter(TXT_START, tCase.sStart);
     tToolkit.TakeLog();
-    frm.MoveFocus(&frm.ControlOf(TXT_END));
-    EXPECT_EQ(Field(frm, TXT_END), tCase.sEndProposed);
-    fnEnter(TXT_END, tCase.sEnd);
-    const string sFault = "Start address > End address";
-    const bool bFault = std::string_view(tCase.sStartThen) > tCase.sEndThen && tCase.sEnd[0] != '=';
-    if (bFault) tToolkit.Answer(OK);
-    frm.MoveFocus(&frm.ControlOf(CHK_LONG));
-    EXPECT_EQ(tToolkit.TakeBoxes(),
-              bFault ? (std::vector<Box>{{sFault, 48, "Varnel - Error"}}) : std::vector<Box>{});
-    EXPECT_EQ(std::ranges::count(tToolkit.TakeLog(), "fill lstDis"), tCase.bListed ? 1 : 0);
-    EXPECT_EQ(Field(frm, TXT_START), tCase.sStartThen);
-    EXPECT_EQ(Field(frm, TXT_END), tCase.sEndThen);
-    if (bFault) {
-      EXPECT_EQ(frm.pFocus, &frm.ControlOf(TXT_START));
-      frm.Press(CMD_DISASS);  // leaves the start field: nothing is listed but the new start's range
-      EXPECT_EQ(Lines(frm).LineCount(), 0);
+    for (const auto& [iField, sText] :
+         {std::pair(TXT_START, tCase.sStart), {TXT_END, tCase.sEnd}}) {
+      Control& txt = frm.ControlOf(iField);
+      frm.GoTo(iField);
+      EXPECT_TRUE(txt.bAllSelected);
+      EXPECT_TRUE(iField == TXT_START || txt.sText == tCase.sProposed) << txt.sText;
+      txt.SetText(*sText == '=' ? sText + 1 : "");
+      if (*sText != '=') frm.Type(sText);
     }
+    if (tCase.bFault) tToolkit.Answer(OK);
+    frm.GoTo(CHK_LONG);
+    EXPECT_EQ(tToolkit.TakeBoxes(), std::vector<Box>(tCase.bFault ? 1 : 0, tFault));
+    EXPECT_EQ(std::ranges::count(tToolkit.TakeLog(), "fill lstDis"), tCase.bListed ? 1 : 0);
+    EXPECT_EQ(Field(frm, TXT_START) + Field(frm, TXT_END),
+              string(tCase.sStartThen) + tCase.sEndThen);
+    EXPECT_EQ(frm.pFocus == &frm.ControlOf(TXT_START), tCase.bFault);
+    frm.Press(CMD_DISASS);
+    EXPECT_EQ(Lines(frm).LineCount() == 0, string_view(tCase.sStartThen) > tCase.sEndThen);
     if (tCase.bListed) ExpectSound(frm);
     frm.Unload();
   }
-  // Closed over the message; and left while it is disabled under the editor.
-  Form& frmClosed = Open();
+  // Closed over the message; and a field that is left while it is disabled under the editor.
+  Form &frmClosed = Open(), &frm = Open();
   tToolkit.Answer(OK, [&] { frmClosed.Unload(); });
   List(frmClosed, "8000", "7FFF");
-  Form& frm = Open();
-  EditLine(frm, 0xFF05);
+  Edit(frm, 0xFF05);
   frm.ControlOf(TXT_START).sText = "12";
-  frm.Deliver(&platform::FormEvents::LostFocus, int16_t{TXT_START});
+  frm.Deliver(&FormEvents::LostFocus, int16_t{TXT_START});
   EXPECT_EQ(Field(frm, TXT_START), "12");
 }
 
 TEST_F(WindowTest, ListingSurvivesWhateverHappensMeanwhile) {
-  const auto fnWrite = [&](Form& frmOther) {
-    EditLine(frmOther, 0x2010);
-    frmOther.Type("RST 38H");
-    frmOther.Key(ENTER);
-    frmOther.Key(ESC);
+  Form *pfrm = nullptr, *pfrmOther = nullptr;
+  const auto fnWrite = [&] {
+    Edit(*pfrmOther, 0xFF10, "RST 38H");
+    pfrmOther->Key(ENTER);
+    pfrmOther->Key(ESC);
   };
+  const auto fnOpenAnd = [&](const Action& fnThen) {
+    return [&, fnThen] {
+      tToolkit.AtDoEvents(9, fnThen);
+      pfrm->PickMenu(MNU_WINDOW_OPEN);
+    };
+  };
+  const auto fnUse = [&] {
+    for (int iTime = 0; iTime < 10; ++iTime) pfrm->Press(CMD_DISASS);
+    for (const int16_t iMenu : {MNU_SAVE, MNU_SET_BREAKPOINT}) pfrm->PickMenu(iMenu);
+    for (const int16_t iControl : {TXT_START, TXT_END, CHK_LONG}) pfrm->Press(iControl);
+    pfrm->DoubleClick(LST_DIS, 0);
+    pfrm->Click(LST_DIS, 2, 300, 300);
+    pfrm->Key(ENTER);
+    Logic(*pfrm).position(false, 0x7000);
+  };
+  const auto fnList = [&] {
+    Put(0xF000, "21 22 23 C3 34 12");
+    List(*pfrmOther, "F001", "F0FF");
+    pfrmOther->Press(CMD_DISASS);
+  };
+  const auto fnActivate = [&] {
+    RequestShow(0x4000);
+    pfrm->Deliver(&FormEvents::Activate);
+    pfrm->Tick();
+    EXPECT_TRUE(platform::WaitNamedEvent(hShow)) << "taken in the middle of a listing";
+  };
+  const auto fnClose = [&] { pfrm->Unload(); };
   const struct {
     const char* sWhat;
-    std::function<void(Form& frm, Form& frmOther)> fnEvent;
+    Action fnEvent;
     bool bClosed = false;
   } atCase[] = {
-      {"write from another window", [&](Form&, Form& frmOther) { fnWrite(frmOther); }},
-      {"another window's whole listing",
-       [&](Form&, Form& frmOther) {
-         Put(0x1FFE, "21 22 23 C3 34 12");
-         frmOther.Press(CMD_DISASS);
-       }},
-      {"the same twice, in one another",
-       [&](Form& frm, Form& frmOther) {
-         tToolkit.AtDoEvents(7, [&] { frm.Press(CMD_DISASS), Put(0x1000, "3E"); });
-         List(frmOther, "1F00", "20FF");
-         frmOther.Press(CMD_DISASS);
-         fnWrite(frmOther);
-       }},
-      {"a new window", [](Form& frm, Form&) { frm.PickMenu(MNU_WINDOW_OPEN); }},
-      {"a new window that is closed while it lists",
-       [&](Form& frm, Form&) {
-         tToolkit.AtDoEvents(9, [&] { tToolkit.apForm.back()->Unload(); });
-         frm.PickMenu(MNU_WINDOW_OPEN);
-       }},
-      {"a new window, and closing while it lists",
-       [&](Form& frm, Form&) {
-         tToolkit.AtDoEvents(9, [&] { frm.Unload(); });
-         frm.PickMenu(MNU_WINDOW_OPEN);
-       },
-       true},
-      {"everything that a user can click",
-       [](Form& frm, Form&) {
-         for (int iTime = 0; iTime < 10; ++iTime) frm.Press(CMD_DISASS);
-         frm.PickMenu(MNU_SAVE);
-         frm.PickMenu(MNU_SET_BREAKPOINT);
-         frm.DoubleClick(LST_DIS, 0);
-         frm.Key(ENTER);
-         frm.RightClick(LST_DIS, 300, 300);
-         frm.Press(TXT_END);
-         frm.Press(CHK_LONG);
-         Logic(frm).position(false, 0x7000);
-       }},
-      {"resizing to nothing", [](Form& frm, Form&) { frm.SetHeight(0), frm.SetWidth(0); }},
-      {"a late first activation and a tick",
-       [&](Form& frm, Form&) {
-         RequestShow(0x4000);
-         frm.Deliver(&platform::FormEvents::Activate);
-         frm.Tick();
-         platform::WaitNamedEvent(hShow);
-       }},
-      {"closing", [](Form& frm, Form&) { frm.Unload(); }, true},
-      {"closing all", [](Form& frm, Form& frmOther) { frm.Unload(), frmOther.Unload(); }, true},
+      {"a write from another window", fnWrite},
+      {"another window's whole listing", fnList},
+      {"the same in another's", [&] { tToolkit.AtDoEvents(7, fnUse), fnList(), fnWrite(); }},
+      {"a new window", fnOpenAnd([] {})},
+      {"a new window, closed", fnOpenAnd([&] { tToolkit.apForm.back()->Unload(); })},
+      {"a new window, and closing", fnOpenAnd(fnClose), true},
+      {"everything that a user can click", fnUse},
+      {"resizing to nothing", [&] { pfrm->SetHeight(0), pfrm->SetWidth(0); }},
+      {"a late first activation", fnActivate},
+      {"closing", fnClose, true},
+      {"closing both", [&] { pfrm->Unload(), pfrmOther->Unload(); }, true},
   };
-  for (const bool bFirstListing : {false, true}) {
+  for (const bool bNeverActive : {false, true}) {
     for (const auto& tCase : atCase) {
-      SCOPED_TRACE(tCase.sWhat + string(bFirstListing ? ", shown before it was active" : ""));
-      for (int32_t lAddress = 0; lAddress < 0xFF00; ++lAddress) {
-        abRam[lAddress] = static_cast<uint8_t>(lAddress * lAddress >> 5);
-      }
-      alControl[2] = 0x2000;
-      Form& frm = Load();
-      if (!bFirstListing) {
-        frm.Show();
-        List(frm, "0000", "3FFF");
-      }
-      Form& frmOther = Open(0x2000);
-      tToolkit.AtDoEvents(2100, [&] { tCase.fnEvent(frm, frmOther); });
-      if (bFirstListing) {
-        platform::SetNamedEvent(hShow);
-        frm.Tick();
-      } else {
-        frm.Press(CMD_DISASS);
-      }
-      EXPECT_EQ(frm.bGone, tCase.bClosed);
+      SCOPED_TRACE(tCase.sWhat + string(bNeverActive ? ", before the window was active" : ""));
+      for (int32_t lAt = 0; lAt < 0xFF00; ++lAt) abRam[lAt] = static_cast<uint8_t>(lAt * 77 >> 5);
+      pfrm = bNeverActive ? &Load() : &Open(0xF800);
+      pfrmOther = &Open();
+      tToolkit.AtDoEvents(100, tCase.fnEvent);
+      if (bNeverActive) RequestShow(0xF800);
+      pfrm->Tick();
+      pfrm->Press(CMD_DISASS);
+      EXPECT_EQ(pfrm->bGone, tCase.bClosed);
       for (const auto& pForm : std::vector(tToolkit.apForm)) {
         ExpectSound(*pForm);
         pForm->Unload();

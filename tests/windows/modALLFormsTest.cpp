@@ -12,7 +12,7 @@ string WindowMenu(const Form& frm) {
   string sMenu = frm.colMenu.at({MNU_WINDOW_SEP, 0}).bVisible ? "-" : "";
   for (const auto& [tKey, tItem] : frm.colMenu) {
     if (tKey.first == MNU_WINDOW_ITEM && (tItem.bVisible || tKey.second > 0)) {
-      EXPECT_TRUE(tItem.bVisible && tItem.sCaption == NUMBERED + std::to_string(tKey.second + 1));
+      EXPECT_TRUE(tItem.bVisible && tItem.sCaption == NUMBERED + to_string(tKey.second + 1));
       sMenu += tItem.sCaption.substr(NUMBERED.size()) + (tItem.bChecked ? "*" : "");
     }
   }
