@@ -9,6 +9,7 @@ import struct
 import subprocess
 import threading
 import time
+from pathlib import Path
 
 CAPTION = "Varnel - Disassembler/Assembler"
 TWIPS = 15  # in a pixel, at the 96 dots per inch of the screen
@@ -70,12 +71,12 @@ class LinuxSystem:
     @staticmethod
     def Usage(tProcess):
         """A process's memory in KB, and its handles."""
-        sStatus = open("/proc/%d/status" % tProcess.pid).read()
+        sStatus = Path("/proc/%d/status" % tProcess.pid).read_text()
         return (int(re.search(r"VmRSS:\s+(\d+)", sStatus)[1]),
                 len(os.listdir("/proc/%d/fd" % tProcess.pid)))
 
     def Leftovers(self, sMark=None):
-        """Named objects that still stand, of the emulator in this folder or with that in the name."""
+        """Named objects that still stand, of this folder's emulator or with that in the name."""
         lHash = 0xCBF29CE484222325
         for bCharacter in (self.sTemp + "/VARNEL").encode():
             lHash = (lHash ^ bCharacter) * 0x100000001B3 & 0xFFFFFFFFFFFFFFFF
@@ -105,6 +106,11 @@ class Desktop:
                                                env=self.colEnvironment, **colMore))
         return self.atProcess[-1]
 
+    @staticmethod
+    def Kill(tProcess):
+        tProcess.kill()
+        tProcess.wait()
+
     def End(self):
         for tProcess in reversed(self.atProcess):
             try:  # the whole group: a program may outlive the one that started it
@@ -132,7 +138,8 @@ class Desktop:
         for sPart in re.findall("[^\\n\\t]+|.|\\n", sText):
             sKey = {"\n": "Return", "\t": "Tab"}.get(sPart)
             asWord += ["key", sKey] if sKey else ["type", "--delay", 2, "--args", 1, sPart]
-        self.Do(*asWord)
+        if asWord:
+            self.Do(*asWord)
 
     def Captions(self):
         """The captions of the program's windows that can be seen, except the save dialog's."""
@@ -142,11 +149,11 @@ class Desktop:
     def Focused(self):
         return self.Ask("getwindowfocus", "getwindowname")
 
-    def Window(self, sCaption=CAPTION, asNot=()):
-        """The window with such a caption (a pattern), none of these, once it has the keyboard."""
+    def Window(self, sCaption=CAPTION, sNot=""):
+        """The window with such a caption (a pattern) but this number, once it has the keyboard."""
         def Found():
             sId = self.Ask("getwindowfocus")
-            sGiven = "" if sId in asNot else self.Ask("getwindowname", sId)
+            sGiven = "" if sId == sNot else self.Ask("getwindowname", sId)
             return Window(self, sId) if re.fullmatch(sCaption, sGiven) else None
         return Until(Found, "%r to be in front" % sCaption)
 
@@ -191,10 +198,25 @@ class Window:
         lTop = self.tDesktop.tSystem.MENU_HEIGHT + tPlace[1] // TWIPS
         self.Mouse(tPlace[0] // TWIPS, lTop, "click", 1)
 
+    def Enter(self, tField, sText=""):
+        """Types over what stands in a field."""
+        self.Click(tField)
+        self.tDesktop.Keys("Home", "shift+End")
+        self.tDesktop.Type(sText)
+
     def Menu(self, sMenu, lItem):
         """Chooses from a menu of the menu bar; items count from 1, separators do not."""
         self.Mouse(self.tDesktop.tSystem.MENU_LEFT[sMenu], 10, "click", 1)
         self.tDesktop.Keys(*["Down"] * lItem, "Return")
+
+    def OpenAnother(self):
+        """Opens a window from this one's menu, 300 twips beside it, and gives it."""
+        lLeft, lTop = self.Place()
+        self.Menu("Window", 1)
+        frm = self.tDesktop.Window(CAPTION + " - Window .*", self.sId)
+        Until(lambda: frm.Place() == (lLeft + 20, lTop + 20), "the new window's place")
+        Until(frm.HasSelection, "the new window's listing")
+        return frm
 
     def List(self, lDown, *asWord):
         """The mouse to a point of the listing, in pixels below its first line's upper edge."""
@@ -259,8 +281,7 @@ class Window:
         sPath = self.tDesktop.tSystem.sFolder + "/listing-%s.txt" % time.monotonic_ns()
         self.SaveAs(sPath)
         self.tDesktop.Answer("Varnel - Confirmation", "Return")
-        with open(sPath, "rb") as tFile:
-            return tFile.read()
+        return Path(sPath).read_bytes()
 
 
 class Emulator:

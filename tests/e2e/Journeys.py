@@ -11,6 +11,7 @@ import subprocess
 import sys
 import tempfile
 import time
+from pathlib import Path
 
 from Driver import (CAPTION, CHK_ALLOW, CHK_LONG, CMD_DISASS, TXT_END, TXT_START, Desktop, Emulator,
                     LinuxSystem, Until)
@@ -69,8 +70,7 @@ class Journey:
     def Assembled(self, sProgram, lAddress):
         sPath = self.tSystem.sFolder + "/program"
         self.Z80("asm", "--org", "%X" % lAddress, "-o", sPath, "-", abInput=sProgram.encode())
-        with open(sPath, "rb") as tFile:
-            return tFile.read()
+        return Path(sPath).read_bytes()
 
     def ExpectListing(self, lFirst, lLast, frm=None):
         """Waits until a window shows that range as it is."""
@@ -136,20 +136,16 @@ def Range(t):
     t.tDesktop.Answer(ERROR, *DEFAULT)
     t.tDesktop.Type("f000\t\t")  # the start field has the keyboard again
     t.ExpectListing(0xF000, 0xFFFF)
-    # Pasted text that is no address gives way to the address in force.
-    t.tDesktop.Keys("Return")
-    t.tDesktop.Type("wxyz")
-    t.tDesktop.Keys("ctrl+a", "ctrl+c", "Escape")
-    for tField in (TXT_START, TXT_END):
-        t.frm.Click(tField)
-        t.tDesktop.Keys("Home", "shift+End")
-        t.tDesktop.Do("click", 3)
-        t.tDesktop.Keys("p", "Tab")
-    t.ExpectListing(0xF000, 0xFFFF)
-    t.frm.Click(TXT_START)
-    t.tDesktop.Keys("Home", "shift+End")
-    t.tDesktop.Type("0\t0\t")
-    t.ExpectListing(0, 0)
+    # Pasted text, an address first; one that is none gives way to the address in force.
+    for sText in ("f010", "wxyz"):
+        t.tDesktop.Keys("Return")
+        t.tDesktop.Type(sText)
+        t.tDesktop.Keys("ctrl+a", "ctrl+c", "Escape")
+        for tField in (TXT_START, TXT_END):
+            t.frm.Enter(tField)
+            t.tDesktop.Do("click", 3)
+            t.tDesktop.Keys("p", "Tab")
+        t.ExpectListing(0xF010, 0xF010)
     t.End()
 
 
@@ -266,15 +262,14 @@ def Mouse(t):
     t.tDesktop.Type("8000\t8000\t")
     t.ExpectListing(0x8000, 0x8000)
     t.frm.Line(9, "click", 3)
-    t.tDesktop.Keys("Down", "Up")
+    t.tDesktop.Keys("Down", "Return", "Escape")
     t.tEmulator.Do("status", "temp file.*", "active program: 12", "show.*",
                    "breakpoint address: " + sBreakpoint, "protected:", "program: none")
 
     # A press anywhere on the window is activity, its frame's as far as it can be told.
     for fnPress in (lambda: t.frm.Line(0, "click", 1), lambda: t.frm.Drag(60, 30),
                     lambda: t.frm.Click(CHK_LONG), lambda: t.tDesktop.Keys("Down")):
-        t.tEmulator.tProcess.kill()
-        t.tEmulator.tProcess.wait()
+        t.tDesktop.Kill(t.tEmulator.tProcess)
         t.Emulate("--sample", "8000")
         t.frm.Line(3, "click", 5)
         time.sleep(1)  # what follows from the window's own doing is over
@@ -284,16 +279,6 @@ def Mouse(t):
     t.End()
 
 
-def Read(sPath):
-    with open(sPath, "rb") as tFile:
-        return tFile.read()
-
-
-def Write(sPath, abText):
-    with open(sPath, "wb") as tFile:
-        tFile.write(abText)
-
-
 def Saving(t):
     t.Emulate("--sample", "8000")
     t.Open(**t.tSystem.LimitFiles(0x10000))
@@ -301,38 +286,37 @@ def Saving(t):
     t.tDesktop.Type("8000\t80ff\t")
     t.ExpectListing(0x8000, 0x80FF)
     abListing = t.Disassembled(0x8000, 0x80FF)
-    sFolder = t.tSystem.sFolder + "/a folder"
-    os.mkdir(sFolder)
-    sPath = sFolder + "/a listing"  # and no ".txt" comes behind it
-    t.frm.SaveAs(sPath)
+    tFolder = Path(t.tSystem.sFolder, "a folder")
+    tFile = tFolder / "a listing"  # and no ".txt" comes behind it
+    tFolder.mkdir()
+    t.frm.SaveAs(str(tFile))
     t.tDesktop.Answer(CONFIRMATION, *DEFAULT)
-    assert Read(sPath) == abListing
+    assert tFile.read_bytes() == abListing
     t.frm.Menu("File", 1)
     t.tDesktop.Answer(t.tSystem.SAVE_DIALOG, *ESC)
     # The same file again: nothing happens to it before the answer, nor after a Cancel.
-    Write(sPath, b"old")
+    tFile.write_bytes(b"old")
     for asKey in (ESC, OTHER, DEFAULT):
-        t.frm.SaveAs(sPath)
+        t.frm.SaveAs(str(tFile))
         t.tDesktop.Window(QUESTION)
-        assert Read(sPath) == b"old"
+        assert tFile.read_bytes() == b"old"
         t.tDesktop.Answer(QUESTION, *asKey)
     t.tDesktop.Answer(CONFIRMATION, *DEFAULT)
-    assert Read(sPath) == abListing
+    assert tFile.read_bytes() == abListing
     # A folder that goes away while the question stands.
-    t.frm.SaveAs(sPath)
+    t.frm.SaveAs(str(tFile))
     t.tDesktop.Window(QUESTION)
-    shutil.rmtree(sFolder)
+    shutil.rmtree(tFolder)
     t.tDesktop.Answer(QUESTION, *DEFAULT)
     t.tDesktop.Answer(ERROR, *DEFAULT)
-    assert not os.path.exists(sFolder)
     # A disk that is full half-way: the old file stays, and nothing beside it.
-    os.mkdir(sFolder)
-    Write(sPath, b"old")
+    tFolder.mkdir()
+    tFile.write_bytes(b"old")
     t.Show("9000")
-    t.frm.SaveAs(sPath)
+    t.frm.SaveAs(str(tFile))
     t.tDesktop.Answer(QUESTION, *DEFAULT)
     t.tDesktop.Answer(ERROR, *DEFAULT)
-    assert Read(sPath) == b"old" and os.listdir(sFolder) == ["a listing"]
+    assert tFile.read_bytes() == b"old" and list(tFolder.iterdir()) == [tFile]
     t.tDesktop.Keys("Return")
     t.Edit("halt", "9000: 76")
     t.End()
@@ -343,9 +327,8 @@ def Windows(t):
     t.Start("--sample", "8000")
     tDesktop, lMost, afrm = t.tDesktop, 16, [t.frm]
     for lNumber in range(2, lMost + 1):
-        afrm[-1].Menu("Window", 1)
-        afrm.append(tDesktop.Window("%s - Window %d" % (CAPTION, lNumber)))
-        Until(afrm[-1].HasSelection, "the listing of window %d" % lNumber)
+        afrm.append(afrm[-1].OpenAnother())
+        assert tDesktop.Focused() == "%s - Window %d" % (CAPTION, lNumber)
     assert sorted(tDesktop.Captions()) == sorted(
         "%s - Window %d" % (CAPTION, lNumber + 1) for lNumber in range(lMost))
     afrm[-1].Menu("Window", 1)
@@ -372,8 +355,8 @@ def Windows(t):
     t.ExpectListing(0xC000, 0xE000)
     afrmOther[-1].ToFront()
     t.ExpectListing(0x8000, 0xA000, afrmOther[-1])
-    afrmOther[-1].Menu("Window", 1)
-    afrmOther.append(tDesktop.Window(CAPTION + " - Window 1"))
+    afrmOther.append(afrmOther[-1].OpenAnother())
+    assert tDesktop.Focused() == CAPTION + " - Window 1"
     for frm in afrmOther[6:]:
         frm.Close()
     t.tEmulator.Do("status", "temp file.*", *[".*"] * 4, "program: running")
@@ -384,9 +367,10 @@ def Windows(t):
 def Placement(t):
     """The place that a window is left at is kept, in a file that others use, too."""
     t.Emulate()
-    os.makedirs(os.path.dirname(t.tSystem.sIniFile))
+    tIniFile = Path(t.tSystem.sIniFile)
+    tIniFile.parent.mkdir()
     asForeign = ["[OTHER]", "; a remark", "key=a value", "[GENERAL]", "window_3_top=77"]
-    Write(t.tSystem.sIniFile, "\r\n".join([*asForeign, ""]).encode())
+    tIniFile.write_bytes("\r\n".join([*asForeign, ""]).encode())
     t.Open()
     tPlace = t.frm.Place()
     assert 610 < tPlace[0] < 630, tPlace  # 9195 twips, and a frame
@@ -403,16 +387,14 @@ def Placement(t):
     for _ in range(2):  # and it does not wander
         Restart()
         Until(lambda: t.frm.Place() == tPlace, "the window where it was left")
-        asLine = Read(t.tSystem.sIniFile).decode().split("\r\n")
+        asLine = tIniFile.read_bytes().decode().split("\r\n")
         assert all(sLine in asLine for sLine in asForeign), asLine
         asKey = [sLine.split("=")[0] for sLine in asLine if sLine.startswith("window_12_")]
         assert sorted(asKey) == ["window_12_" + sName for sName in
                                  ("height", "left", "top", "width", "windowstate")], asLine
     # A second window opens beside the first, and the one closed last is remembered.
-    t.frm.Menu("Window", 1)
-    frmSecond = t.tDesktop.Window(CAPTION + " - Window 2")
-    tPlace = (tPlace[0] + 20, tPlace[1] + 20)
-    Until(lambda: frmSecond.Place() == tPlace, "the window 300 twips on")
+    frmSecond = t.frm.OpenAnother()
+    tPlace = frmSecond.Place()
     t.frm.Close()
     t.frm = frmSecond
     Restart()
@@ -424,18 +406,19 @@ def BadStart(t):
     """What the program says when it cannot start, and that any sound file lets it."""
     sMark = os.path.basename(t.tSystem.sFolder)
     asValue = ["1", *('"%s a,b/c\\%d"' % (sMark, lName) for lName in range(24))]
-    os.makedirs(os.path.dirname(t.tSystem.sTempFile))
+    tTempFile = Path(t.tSystem.sTempFile)
+    tTempFile.parent.mkdir()
     for abFile in (None, b"", bytes(range(256)) * 9, "\n".join(asValue[:24]).encode(),
                    "\n".join(["x", *asValue[1:]]).encode(),
                    "\n".join(["1", "x" * 40000, *asValue[2:]]).encode()):
         if abFile is not None:
-            Write(t.tSystem.sTempFile, abFile)
+            tTempFile.write_bytes(abFile)
         tProgram = t.tDesktop.Start(t.tSystem.Command(t.sDisass), stderr=None)
         t.tDesktop.Window(ERROR)
         assert t.tDesktop.Captions() == [ERROR]
         t.tDesktop.Keys("Return")
         assert tProgram.wait(20) == 1, (tProgram.returncode, abFile)
-    Write(t.tSystem.sTempFile, ",".join(asValue).encode())
+    tTempFile.write_bytes(",".join(asValue).encode())
     t.Open()
     assert t.frm.Listing() == t.Z80("dis", "--end", "2000", "-", abInput=bytes(0x2001))
     t.frm.Close()
@@ -448,14 +431,12 @@ def Crashes(t):
     t.Emulate("--sample", "F000")
     t.Open()
     for lFirst in range(0x1000, 0xD000, 0x3000):
-        t.tEmulator.tProcess.kill()
-        t.tEmulator.tProcess.wait()
+        t.tDesktop.Kill(t.tEmulator.tProcess)
         t.Emulate("--sample", "%X" % lFirst)
         t.ExpectListing(lFirst, lFirst + 0x2000)
         t.tDesktop.Keys("Return")
         t.Edit("xor a", "%X: AF" % lFirst)
-        t.tProgram.kill()
-        t.tProgram.wait()
+        t.tDesktop.Kill(t.tProgram)
         t.Open()
         t.ExpectListing(lFirst, lFirst + 0x2000)
         t.tDesktop.Keys("Return")
@@ -470,14 +451,16 @@ def Stress(t, dMinutes=0.25):
     t.Emulate("--sample", "0")
     t.Open()
     t.frm.Click(CHK_LONG)
-    tDesktop, afrm, atUsage = t.tDesktop, [t.frm], []
+    tDesktop, afrm, atUsage, lMost = t.tDesktop, [t.frm], [], 6
     asLine = PROGRAM.lower().split("\n")[:30]
 
     def OpenWindow(frm):
-        if len(afrm) < 16:
-            frm.Menu("Window", 1)
-            afrm.append(tDesktop.Window(CAPTION + " - Window .*", [frmOld.sId for frmOld in afrm]))
-            Until(afrm[-1].HasSelection, "the first listing")
+        if len(afrm) < lMost:
+            lLeft, lTop = frm.Place()
+            if lLeft > 900:  # each new window stands a little farther off
+                frm.Drag(100 - lLeft, 100 - lTop)
+                Until(lambda: frm.Place() == (100, 100), "the window to move")
+            afrm.append(frm.OpenAnother())
             afrm[-1].Click(CHK_LONG)
 
     def CloseWindow(frm):
@@ -486,10 +469,8 @@ def Stress(t, dMinutes=0.25):
             frm.Close()
 
     def SetRange(frm):
-        frm.Click(TXT_START)
-        tDesktop.Keys("Home", "shift+End")
         lFirst = random.choice((0, 0xFFF0, random.randrange(0x10000)))
-        tDesktop.Type("%x\t%x\t" % (lFirst, random.randint(lFirst, 0xFFFF)))
+        frm.Enter(TXT_START, "%x\t%x\t" % (lFirst, random.randint(lFirst, 0xFFFF)))
 
     def TypeLines(frm):
         frm.Line(random.randrange(25), "click", 1)
@@ -505,8 +486,20 @@ def Stress(t, dMinutes=0.25):
     def Again(frm):
         frm.Click(CMD_DISASS)
 
+    def Measure():
+        while len(afrm) > 1:
+            CloseWindow(afrm[-1])
+        atUsage.append(t.tSystem.Usage(t.tProgram))
+        print("KB, handles:", *atUsage[-1], flush=True)
+
+    # As many windows and lines as there will ever be, for what is kept for good.
+    for _ in range(lMost):
+        afrm[-1].Enter(TXT_START, "0\tffff\t")
+        Until(afrm[-1].HasSelection, "a listing")
+        OpenWindow(afrm[-1])
+    Measure()
     dEnd = time.monotonic() + 60 * dMinutes
-    while len(atUsage) < 3 or time.monotonic() < dEnd:
+    while time.monotonic() < dEnd:
         dRound = time.monotonic() + max(5, 2 * dMinutes)
         while time.monotonic() < dRound:
             frm = random.choice(afrm)
@@ -514,18 +507,12 @@ def Stress(t, dMinutes=0.25):
             Until(frm.IsListed, "a listing")
             random.choice((OpenWindow, OpenWindow, CloseWindow, CloseWindow, SetRange, SetRange,
                            TypeLines, TypeLines, TypeLines, Show, Wheel, Again))(frm)
-        while len(afrm) > 1:
-            CloseWindow(afrm[-1])
-        atUsage.append(t.tSystem.Usage(t.tProgram))
-        print("KB, handles:", *atUsage[-1], flush=True)
-    # The first round filled what is kept for good, such as fonts.
+        Measure()
     assert atUsage[-1][0] < atUsage[0][0] + 4096 and atUsage[-1][1] <= atUsage[0][1], atUsage
     t.frm = afrm[0]
     t.tEmulator.Memory(0, 1)
     t.Show("0000")
-    t.frm.Click(TXT_START)
-    tDesktop.Keys("Home", "shift+End")
-    tDesktop.Type("0\tffff\t")
+    t.frm.Enter(TXT_START, "0\tffff\t")
     t.ExpectListing(0, 0xFFFF)
     t.End()
 

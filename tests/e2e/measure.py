@@ -7,8 +7,9 @@ import statistics
 import sys
 import tempfile
 import time
+from pathlib import Path
 
-from Driver import CAPTION, TXT_START, LinuxSystem, Until
+from Driver import TXT_START, LinuxSystem, Until
 from Journeys import Journey
 
 STARTS = 15
@@ -38,17 +39,13 @@ def MeasureStarts(t):
 def MeasureMemory(t):
     for lNumber in range(1, 17):
         if lNumber > 1:
-            t.frm.Menu("Window", 1)
-            t.frm = t.tDesktop.Window("%s - Window %d" % (CAPTION, lNumber))
-            Until(t.frm.HasSelection, "the first listing")
-        t.frm.Click(TXT_START)
-        t.tDesktop.Keys("Home", "shift+End")
-        t.tDesktop.Type("0\tffff\t")
+            t.frm = t.frm.OpenAnother()
+        t.frm.Enter(TXT_START, "0\tffff\t")
         time.sleep(2)
         Until(t.frm.HasSelection, "the listing of 64 KB")
         if lNumber in (1, 16):
-            sRollup = open("/proc/%d/smaps_rollup" % t.tProgram.pid).read().split()
-            lPrivate = sum(int(sRollup[sRollup.index(sName) + 1])
+            asRollup = Path("/proc/%d/smaps_rollup" % t.tProgram.pid).read_text().split()
+            lPrivate = sum(int(asRollup[asRollup.index(sName) + 1])
                            for sName in ("Private_Clean:", "Private_Dirty:"))
             print("%d windows over 64 KB, KB: %d, of these its own %d; handles: %d" % (
                 lNumber, t.tSystem.Usage(t.tProgram)[0], lPrivate, t.tSystem.Usage(t.tProgram)[1]))
