@@ -20,8 +20,9 @@ std::uint32_t OpenExclusiveFile(const std::string& sPath);
 std::optional<std::string> ReadExclusiveFile(std::uint32_t hFile);
 
 /// Replaces the whole contents. The handle goes on holding the file alone.
-/// @return false when the new text could not be stored; where the system can replace a file in one
-///         step (Linux) the old contents then stand
+/// @return false when the new text could not be stored, or when a program that knows nothing of the
+///         hold (Linux) has changed the file since it was read; where the file can be replaced in
+///         one step (Linux, in a folder that the user may write) the old contents then stand
 bool WriteExclusiveFile(std::uint32_t hFile, std::string_view sText);
 
 }  // namespace platform

@@ -1,15 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
-#include <filesystem>
-#include <string>
-#include <vector>
+#include <numeric>
 
 #include "config/modALLProcessError.h"
 #include "disass/RecordingToolkit.h"
 #include "link/modALLProcessEvents.h"
 #include "link/modALLSharedMap.h"
+#include "link/modALLSharedMapConfig.h"
 #include "platform/NamedEvent.h"
 #include "platform/NamedMemory.h"
 #include "platform/TestProcess.h"
@@ -18,181 +14,150 @@ namespace {
 
 using namespace modALLSharedMap;
 using modALLProcess::RuntimeError;
+using platform::FormDesign;
 using test::RunInChild;
 
 const std::string sThisRun = "test" + std::to_string(::getpid()) + " link\\";
-using Image = std::array<std::uint8_t, 65536>;
 
-// What the program sees of blocks that the emulator made with lRamSize and lControlSize bytes of
-// 11H, none where a size is 0.
-void WithBlocks(std::uint32_t lRamSize, std::uint32_t lControlSize,
-                const std::function<void(recording::Toolkit&)>& fnTest) {
-  EXPECT_TRUE(RunInChild([&] {
-    recording::Toolkit tToolkit;
-    sSharedMapName[0] = sThisRun + "ram";
-    sSharedMapName[4] = sThisRun + "control";
-    for (const auto& [sName, lSize] :
-         {std::pair(sSharedMapName[0], lRamSize), std::pair(sSharedMapName[4], lControlSize)}) {
-      if (lSize == 0) continue;
-      auto* const pView = platform::MapNamedMemory(platform::CreateNamedMemory(sName, lSize));
-      ASSERT_NE(pView, nullptr);
-      std::fill_n(pView, lSize, std::uint8_t{0x11});
-    }
-    fnTest(tToolkit);
-    EXPECT_TRUE(tToolkit.TakeBoxes().empty());
-  })) << lRamSize;
-}
-
-TEST(SharedMap, IsOpenedAtTheEmulatorsSizeOrCreatedAtItsOwn) {
-  for (const std::uint32_t lSize : {0U, 1000U, 0x10000U, 0x10001U, 0x20000U, 0x30000U}) {
-    WithBlocks(lSize, lSize, [&](auto&) {
-      ASSERT_TRUE(SharedMapOpen(RAM_BLOCK, false));
-      ASSERT_TRUE(SharedMapOpen(CONTROL_BLOCK, false));
-      EXPECT_FALSE(SharedMapOpen(RAM_BLOCK, true)) << "mapped already";
-      const std::size_t lThere = lSize == 0 ? SHARED_MAP_SIZE[0] : lSize;
-      EXPECT_EQ(platform::NamedMemorySize(lSharedMapBase[0]), lThere);
-      EXPECT_EQ(platform::NamedMemorySize(lSharedMapBase[4]), lSize == 0 ? 512 : lSize);
-      EXPECT_EQ(RamImage().size(), std::min<std::size_t>(lThere, 0x10000));
-      EXPECT_EQ(ProtectionMap().size(),
-                std::clamp<std::size_t>(lThere, 0x10000, 0x20000) - 0x10000);
-      Image abImage;
-      abImage.fill(0xEE);
-      CopyRamImage(abImage);
-      EXPECT_EQ(std::ranges::count(abImage, lSize == 0 ? 0 : 0x11),
-                lSize == 0 ? 65536 : RamImage().size());
-      EXPECT_EQ(std::ranges::count(abImage, 0xEE), 0);
-      CopyProtectionMap(abImage);
-      EXPECT_EQ(std::ranges::count(abImage, 0x11), lSize == 0 ? 0 : ProtectionMap().size());
-      // Writes go on at 0000H, and what the block lacks is dropped.
-      WriteRam(0xFFFF, std::array<std::uint8_t, 3>{1, 2, 3});
-      CopyRamImage(abImage);
-      EXPECT_EQ(abImage[0xFFFF], RamImage().size() == 0x10000 ? 1 : 0);
-      EXPECT_EQ(abImage[0], 2);
-      EXPECT_EQ(abImage[1], 3);
-      EXPECT_EQ(ReadControlField(ControlField::ShowAddr), lSize == 0 ? 0 : 0x11111111);
-    });
+TEST(SharedMap, IsUsedAtAnySizeAndHasSeveralLives) {
+  // Sizes that the emulator gives the blocks; 0: it has made none.
+  for (const std::uint32_t lSize : {0U, 16U, 1000U, 0x10000U, 0x10001U, 0x20000U, 0x30000U}) {
+    EXPECT_TRUE(RunInChild([&] {
+      sSharedMapName[0] = sThisRun + "ram";
+      sSharedMapName[4] = sThisRun + "control";
+      const std::uint8_t bFill = lSize == 0 ? 0 : 0x11;
+      for (const std::size_t lBlock : {0U, 4U}) {
+        auto* const pView =
+            platform::MapNamedMemory(platform::CreateNamedMemory(sSharedMapName[lBlock], lSize));
+        if (pView != nullptr) std::fill_n(pView, lSize, bFill);
+      }
+      const std::size_t lRam = lSize == 0 ? 0x20000 : lSize;
+      std::array<std::uint8_t, 65536> abImage = {};
+      const auto lSum = [&] { return std::accumulate(abImage.begin(), abImage.end(), 0UL); };
+      for (const std::uint8_t bByte : {bFill, std::uint8_t{0}}) {
+        ASSERT_TRUE(SharedMapOpen(0, bByte == 0) && SharedMapOpen(4, bByte == 0));
+        EXPECT_FALSE(SharedMapOpen(0, true)) << "mapped already";
+        EXPECT_EQ(platform::NamedMemorySize(lSharedMapBase[4]), lSize == 0 ? 512 : lSize);
+        abImage.fill(0xEE);
+        CopyRamImage(abImage);
+        EXPECT_EQ(lSum(), std::min<std::size_t>(lRam, 0x10000) * bByte);
+        CopyProtectionMap(abImage);
+        EXPECT_EQ(lSum(), (std::clamp<std::size_t>(lRam, 0x10000, 0x20000) - 0x10000) * bByte);
+        // Writes go on at 0000H, and what the block lacks is dropped.
+        WriteRam(0xFFFF, std::array<std::uint8_t, 3>{1, 2, 3});
+        CopyRamImage(abImage);
+        EXPECT_EQ(abImage[0xFFFF], RamImage().size() == 0x10000 ? 1 : 0);
+        EXPECT_TRUE(abImage[0] == 2 && abImage[1] == 3);
+        // Fields are little-endian, and nothing beside them is touched.
+        WriteControlField(ControlField::ActiveProgram, 12);
+        WriteControlField(ControlField::BreakpointAddr, 0x89AB);
+        SetRamChanged(0xFF);
+        const std::uint8_t abControl[] = {12,    0,     0,     0,     bByte, bByte, 0xFF, bByte,
+                                          bByte, bByte, bByte, bByte, 0xAB,  0x89,  0,    0};
+        EXPECT_TRUE(std::equal(std::begin(abControl), std::end(abControl), lSharedMapBase[4]));
+        EXPECT_EQ(ReadControlField(ControlField::ShowAddr), 0x01010101 * bByte);
+        // A closed block is neither read nor written.
+        for (const auto iBlock : {RAM_BLOCK, RAM_BLOCK, CONTROL_BLOCK}) SharedMapClose(iBlock);
+        WriteControlField(ControlField::ActiveProgram, 12);
+        EXPECT_TRUE(RamImage().empty() && ReadControlField(ControlField::ActiveProgram) == 0);
+      }
+    })) << lSize;
   }
 }
 
-TEST(SharedMap, HasSeveralLivesAndFillsWithZerosOnDemand) {
-  WithBlocks(0x30000, 16, [](auto&) {
-    SharedMapClose(RAM_BLOCK);
-    for (const bool bZeroFill : {false, true, false}) {
-      ASSERT_TRUE(SharedMapOpen(RAM_BLOCK, bZeroFill));
-      ASSERT_TRUE(SharedMapOpen(CONTROL_BLOCK, bZeroFill));
-      if (bZeroFill) {
-        EXPECT_EQ(std::count(lSharedMapBase[0], lSharedMapBase[0] + 0x30000, 0), 0x20000);
-        EXPECT_EQ(ReadControlField(ControlField::BreakpointAddr), 0);
-      }
-      SharedMapClose(RAM_BLOCK);
-      SharedMapClose(RAM_BLOCK);
-      SharedMapClose(CONTROL_BLOCK);
-      // A closed block is neither read nor written.
-      EXPECT_TRUE(RamImage().empty());
-      WriteControlField(ControlField::ActiveProgram, 12);
-      EXPECT_EQ(ReadControlField(ControlField::ActiveProgram), 0);
-    }
-    for (const auto iIndex : {std::int16_t{-1}, std::int16_t{7}}) {
-      EXPECT_THROW(SharedMapOpen(iIndex, false), RuntimeError);
-      EXPECT_THROW(SharedMapClose(iIndex), RuntimeError);
-    }
-  });
-}
-
-TEST(SharedMap, ControlFieldsAreLittleEndianAndNothingElseIsTouched) {
-  WithBlocks(0, 512, [](auto&) {
-    ASSERT_TRUE(SharedMapOpen(CONTROL_BLOCK, false));
-    WriteControlField(ControlField::ActiveProgram, 12);
-    WriteControlField(ControlField::BreakpointAddr, 0x89AB);
-    SetRamChanged(0xFF);
-    std::vector<std::uint8_t> abExpected(512, 0x11);
-    const std::array<std::uint8_t, 16> abStart = {12,   0,    0,    0,    0x11, 0x11, 0xFF, 0x11,
-                                                  0x11, 0x11, 0x11, 0x11, 0xAB, 0x89, 0,    0};
-    std::ranges::copy(abStart, abExpected.begin());
-    EXPECT_TRUE(std::equal(abExpected.begin(), abExpected.end(), lSharedMapBase[4]));
-    EXPECT_EQ(RamChanged(), 0xFF);
-    WriteControlField(ControlField::ShowAddr, -2);
-    EXPECT_EQ(lSharedMapBase[4][8], 0xFE);
-    EXPECT_EQ(ReadControlField(ControlField::ShowAddr), -2);
-  });
-}
-
-TEST(SharedMap, ThatCannotBeOpenedIsToldWithTheSystemsCode) {
-  WithBlocks(0, 0, [](recording::Toolkit& tToolkit) {
-    sSharedMapName[0].clear();
-    tToolkit.Answer(1);
-    EXPECT_FALSE(SharedMapOpen(RAM_BLOCK, false));
-    const std::vector<recording::Box> atExpected = {
-        {"CreateFileMapping failed - LastError: 16", 16, "Varnel - Error"}};
-    EXPECT_EQ(tToolkit.TakeBoxes(), atExpected);
-    // A handle without a view, as a failed mapping leaves it, is no hindrance the next time.
-    sSharedMapName[0] = sThisRun + "retry";
-    hSharedMap[0] = platform::CreateNamedMemory(sThisRun + "other", 16);
-    EXPECT_TRUE(SharedMapOpen(RAM_BLOCK, false));
-    EXPECT_EQ(platform::OpenNamedMemory(sThisRun + "other"), 0U);
-  });
-}
-
-TEST(Events, AreCreatedSignalledAndClosedByHandle) {
+TEST(SharedMap, FailuresAreToldAndHandlesGoBack) {
   EXPECT_TRUE(RunInChild([] {
+    recording::Toolkit tToolkit;
+    tToolkit.apHandling = {std::make_shared<recording::Form>(tToolkit, FormDesign{}, nullptr)};
+    tToolkit.Answer(1);
+    EXPECT_FALSE(SharedMapOpen(RAM_BLOCK, false)) << "no name";
+    const recording::Box tBox = {"CreateFileMapping failed - LastError: 16", 16, "Varnel - Error"};
+    EXPECT_EQ(tToolkit.TakeBoxes(), std::vector{tBox});
+    EXPECT_THROW(SharedMapOpen(-1, false), RuntimeError);
+    EXPECT_THROW(SharedMapClose(7), RuntimeError);
     auto hEvent = modALLProcess::CreateNamedEvent(sThisRun + "event");
-    modALLProcess::SignalEvent(hEvent);
-    modALLProcess::SignalEvent(0);
-    EXPECT_TRUE(platform::WaitNamedEvent(hEvent));
     const auto hClosed = hEvent;
-    modALLProcess::CloseHandleAndClear(hEvent);
-    modALLProcess::CloseHandleAndClear(hEvent);
-    EXPECT_EQ(hEvent, 0U);
-    EXPECT_FALSE(platform::SetNamedEvent(hClosed));
+    for (const auto hSignalled : {0U, hEvent}) modALLProcess::SignalEvent(hSignalled);
+    EXPECT_TRUE(platform::WaitNamedEvent(hEvent));
+    for (auto* const phEvent : {&hEvent, &hEvent}) modALLProcess::CloseHandleAndClear(*phEvent);
+    EXPECT_TRUE(hEvent == 0 && !platform::SetNamedEvent(hClosed));
     try {
-      modALLProcess::CreateNamedEvent("");
-      ADD_FAILURE();
+      ADD_FAILURE() << modALLProcess::CreateNamedEvent("");
     } catch (const RuntimeError& tError) {
-      EXPECT_EQ(tError.Number(), -2147221503);
-      EXPECT_STREQ(tError.what(), "CreateEvent failed");
+      EXPECT_EQ(std::to_string(tError.Number()) + tError.what(), "-2147221503CreateEvent failed");
     }
   }));
 }
 
+// The values "n" and number, each with a separator before it.
+std::string Names(const std::string& sSeparator, int iFirst = 2, int iLast = 25) {
+  const std::string sName = sSeparator + "n" + std::to_string(iFirst);
+  return iFirst > iLast ? "" : sName + Names(sSeparator, iFirst + 1, iLast);
+}
+
+// The values that a text gives, each in brackets, or the number of its error.
+std::string Parsed(const std::string& sText) {
+  try {
+    const ConfigValues tValues = ParseConfigText(sText);
+    std::string sFound = "(" + std::to_string(tValues.lIconNumber);
+    for (const auto& sValue : tValues.asText) sFound += ")(" + sValue;
+    return sFound + ")";
+  } catch (const RuntimeError& tError) {
+    return std::to_string(tError.Number());
+  }
+}
+
+TEST(ConfigText, IsTwentyFiveValuesHoweverTheyAreSeparated) {
+  const std::string sRest = Names(")(", 4) + ")";
+  const std::string sMost = "7" + Names(",", 2, 24);
+  const std::pair<std::string, std::string> atCase[] = {
+      {"7" + Names("\r\n"), "(7)(n2)(n3" + sRest},
+      {"7" + Names("\n") + "\n", "(7)(n2)(n3" + sRest},
+      {"  7  " + Names(",  ") + ",ignored,\"for ever", "(7)(n2)(n3" + sRest},
+      {"\"7\" , \"n2\" \r\n\"n3\"" + Names("\r", 4), "(7)(n2)(n3" + sRest},
+      {"-2147483648" + Names(","), "(-2147483648)(n2)(n3" + sRest},
+      {"7,\"a, \r\nb \" junk" + Names(",", 3), "(7)(a, \r\nb )(n3" + sRest},
+      {"7,,\"\"" + Names(",", 4), "(7)()(" + sRest},
+      {"7\r\n\r\n a \"b\" c  " + Names("\r\n", 4), "(7)()(a \"b\" c" + sRest},
+      {sMost + ",\r\n", "(7" + Names(")(", 2, 24) + ")()"},
+  };
+  for (const auto& [sText, sExpected] : atCase) EXPECT_EQ(Parsed(sText), sExpected) << sText;
+  for (const auto& sEnd : {"", "\r\n", ",  ", ",\"cut off"}) EXPECT_EQ(Parsed(sMost + sEnd), "62");
+  for (const auto& sOdd : {"\r\n7", "7.5", "2147483648"}) EXPECT_EQ(Parsed(sOdd + sMost), "13");
+  EXPECT_EQ(Parsed("") + Parsed("7") + Parsed(std::string(1000, '\0')), "626213");
+}
+
 TEST(ConfigTempFile, FillsTheTablesOrEndsTheProgram) {
   const test::TestFolder tFolder;
-  ::setenv("TEMP", tFolder.Path().c_str(), 1);
-  const std::string sPath = tFolder.Path("VARNEL/VARNEL.tmp");
   recording::Toolkit tToolkit;
+  tToolkit.apHandling = {std::make_shared<recording::Form>(tToolkit, FormDesign{}, nullptr)};
+  const std::string sFile = tFolder.Path("temp/VARNEL/VARNEL.tmp");
   const auto fnFails = [&](const std::string& sError) {
     tToolkit.Answer(1);
-    EXPECT_THROW(ReadConfigTempFile(), recording::ProgramEnded);
-    const std::vector<recording::Box> atExpected = {
-        {"Unable to read configuration temp file\r\n\r\nError: " + sError, 16, "Varnel - Error"}};
-    EXPECT_EQ(tToolkit.TakeBoxes(), atExpected);
+    EXPECT_THROW(ReadConfigTempFile(), recording::ProgramEnded) << sError;
+    const std::string sText = "Unable to read configuration temp file\r\n\r\nError: " + sError;
+    EXPECT_EQ(tToolkit.TakeBoxes(), std::vector({recording::Box{sText, 16, "Varnel - Error"}}));
   };
+  ::setenv("TEMP", tFolder.Path("temp").c_str(), 1);
+  fnFails("75 - Path/File access error");  // the suite's folder is made, not the one above it
+  std::filesystem::create_directory(tFolder.Path("temp"));
   fnFails("53 - File not found");
-  test::WriteFile(sPath, "1,2,3");
+  test::WriteFile(sFile, "1,2");
   fnFails("62 - Input past end of file");
-  test::WriteFile(sPath, "one");
+  test::WriteFile(sFile, "one");
   fnFails("13 - Type mismatch");
-  std::filesystem::remove(sPath);
-  std::filesystem::create_directory(sPath);
-  fnFails("75 - Path/File access error");
-  std::filesystem::remove_all(tFolder.Path("VARNEL"));
-  test::WriteFile(tFolder.Path("VARNEL"), "");
-  fnFails("53 - File not found");
-  std::filesystem::remove(tFolder.Path("VARNEL"));
-  ::setenv("TEMP", tFolder.Path("none").c_str(), 1);
-  fnFails("75 - Path/File access error");
-  ::setenv("TEMP", tFolder.Path().c_str(), 1);
-
-  std::filesystem::create_directory(tFolder.Path("VARNEL"));
-  std::string sText = "1";
-  for (int iValue = 2; iValue <= 26; ++iValue) sText += "," + std::to_string(iValue);
-  test::WriteFile(sPath, sText);
+  test::WriteFile(sFile, "1" + Names(","));
   ReadConfigTempFile();
-  EXPECT_EQ(lIconNumber, 1);
-  EXPECT_EQ(sSharedMapName[0] + " " + sSharedMapName[6] + " " + sSpareText, "2 8 9");
-  EXPECT_EQ(modALLProcess::tProgramEvent[0].sName + modALLProcess::tProgramEvent[12].sName, "1022");
-  EXPECT_EQ(modALLProcess::sShowAddrEventName, "23");
-  EXPECT_EQ(modALLProcess::sBreakpointEventName, "24");
-  EXPECT_EQ(modALLProcess::sThirdEventName, "25");
+  using namespace modALLProcess;
+  EXPECT_EQ(std::to_string(lIconNumber) + sSharedMapName[0] + sSharedMapName[6], "1n2n8");
+  EXPECT_EQ(sSpareText + tProgramEvent[0].sName + tProgramEvent[12].sName, "n9n10n22");
+  EXPECT_EQ(sShowAddrEventName + sBreakpointEventName + sThirdEventName, "n23n24n25");
+  std::filesystem::remove(sFile);
+  std::filesystem::create_directory(sFile);
+  fnFails("75 - Path/File access error");
+  std::filesystem::remove_all(tFolder.Path("temp/VARNEL"));
+  test::WriteFile(tFolder.Path("temp/VARNEL"), "a file in the folder's place");
+  fnFails("53 - File not found");
 }
 
 }  // namespace

@@ -5,40 +5,28 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <random>
 #include <sstream>
 #include <string>
-#include <string_view>
-#include <thread>
 #include <utility>
 
 /// What tests between real processes need.
 namespace test {
 
-/// Memory that a test shares with the processes that it forks.
+/// Memory, zero at first, that a test shares with the processes that it forks from then on.
 template <typename State>
-class Shared {
- public:
-  Shared()
-      : pState(new (::mmap(nullptr, sizeof(State), PROT_READ | PROT_WRITE,
-                           MAP_SHARED | MAP_ANONYMOUS, -1, 0)) State()) {}
-  Shared(const Shared&) = delete;
-  Shared& operator=(const Shared&) = delete;
-  ~Shared() { ::munmap(pState, sizeof(State)); }
-  State* operator->() const { return pState; }
-
- private:
-  State* pState;
-};
+State& Shared() {
+  constexpr int FLAGS = MAP_SHARED | MAP_ANONYMOUS;
+  return *new (::mmap(nullptr, sizeof(State), PROT_READ | PROT_WRITE, FLAGS, -1, 0)) State();
+}
 
 /// A forked process. It fails when an expectation in it does; when it has run it ends as the
-/// program does, by quick_exit.
+/// program does, by quick_exit. It is killed when it is still there at its end of scope.
 class ChildProcess {
  public:
   explicit ChildProcess(const std::function<void()>& fnMain) {
@@ -49,13 +37,12 @@ class ChildProcess {
     std::fflush(nullptr);
     std::quick_exit(testing::Test::HasFailure() ? 1 : 0);
   }
-  ChildProcess(ChildProcess&& tOther) noexcept : lProcess(std::exchange(tOther.lProcess, -1)) {}
-  ChildProcess& operator=(ChildProcess&&) = delete;
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
   ~ChildProcess() { Kill(); }
 
   void Kill() {
-    if (lProcess <= 0) return;
-    ::kill(lProcess, SIGKILL);
+    if (lProcess > 0) ::kill(lProcess, SIGKILL);
     Succeeded();
   }
   bool Succeeded() {
@@ -72,13 +59,15 @@ inline bool RunInChild(const std::function<void()>& fnMain) {
   return ChildProcess(fnMain).Succeeded();
 }
 
-inline void SleepMicroseconds(long lMicroseconds) {
-  std::this_thread::sleep_for(std::chrono::microseconds(lMicroseconds));
+/// Sleeps for a random time, in microseconds.
+inline void SleepUpTo(unsigned lMost) {
+  static std::minstd_rand tRandom;
+  ::usleep(static_cast<useconds_t>(tRandom() % lMost));
 }
 
 /// Waits until something is true; gives up after 20 seconds.
 inline bool WaitUntil(const std::function<bool()>& fnTrue) {
-  for (int iTry = 0; iTry < 200000 && !fnTrue(); ++iTry) SleepMicroseconds(100);
+  for (int iTry = 0; iTry < 200000 && !fnTrue(); ++iTry) ::usleep(100);
   return fnTrue();
 }
 
@@ -88,14 +77,14 @@ class TestFolder {
   TestFolder() {
     // Asked once: tests set TEMP to folders of their own.
     static const auto tRoot = std::filesystem::temp_directory_path();
-    std::string sTemplate = tRoot / "varnel-test-XXXXXX";
-    sFolder = ::mkdtemp(sTemplate.data());
+    sFolder = tRoot / "varnel-test-XXXXXX";
+    if (::mkdtemp(sFolder.data()) == nullptr) throw std::runtime_error("no folder for the test");
   }
   TestFolder(const TestFolder&) = delete;
   TestFolder& operator=(const TestFolder&) = delete;
   ~TestFolder() { std::filesystem::remove_all(sFolder); }
-  std::string Path(std::string_view sName = "") const {
-    return sName.empty() ? sFolder : sFolder + "/" + std::string(sName);
+  std::string Path(const std::string& sName = "") const {
+    return sName.empty() ? sFolder : sFolder + "/" + sName;
   }
 
  private:
@@ -103,9 +92,8 @@ class TestFolder {
 };
 
 inline std::string ReadFile(const std::string& sPath) {
-  std::ifstream tFile(sPath, std::ios::binary);
   std::ostringstream tText;
-  tText << tFile.rdbuf();
+  tText << std::ifstream(sPath, std::ios::binary).rdbuf();
   return std::move(tText).str();
 }
 

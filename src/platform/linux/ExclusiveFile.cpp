@@ -47,8 +47,10 @@ class ExclusiveFile final : public SystemObject {
   bool Write(std::string_view sText) {
     if (Replace(sText)) return true;
     const bool bFixed = errno == EACCES || errno == EPERM || errno == EROFS || errno == EBUSY;
-    return bFixed && IsAsRead() && ::lseek(tFile.Get(), 0, SEEK_SET) == 0 &&
-           tFile.WriteAll(sText) && ::ftruncate(tFile.Get(), static_cast<off_t>(sText.size())) == 0;
+    if (!bFixed || !IsAsRead()) return false;
+    tRead.reset();
+    return ::lseek(tFile.Get(), 0, SEEK_SET) == 0 && tFile.WriteAll(sText) &&
+           ::ftruncate(tFile.Get(), static_cast<off_t>(sText.size())) == 0;
   }
 
  private:
