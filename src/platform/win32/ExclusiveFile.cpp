@@ -1,0 +1,47 @@
+#include "platform/ExclusiveFile.h"
+
+#include <limits>
+
+#include "platform/win32/SystemHandles.h"
+
+namespace platform {
+
+using win32::HandleOf;
+using win32::Noted;
+
+std::uint32_t OpenExclusiveFile(const std::string& sPath) {
+  constexpr DWORD SHARED_WITH_NOBODY = 0;
+  return win32::NotedNumber(::CreateFileA(sPath.c_str(), GENERIC_READ | GENERIC_WRITE,
+                                          SHARED_WITH_NOBODY, nullptr, OPEN_ALWAYS,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+std::optional<std::string> ReadExclusiveFile(std::uint32_t hFile) {
+  return win32::ReadWholeFile(HandleOf<HANDLE>(hFile));
+}
+
+bool WriteExclusiveFile(std::uint32_t hNumber, std::string_view sText) {
+  const auto hFile = HandleOf<HANDLE>(hNumber);
+  const auto fnSetSize = [hFile](LONG lSize) {
+    return Noted(::SetFilePointer(hFile, lSize, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER &&
+                 ::SetEndOfFile(hFile) != 0);
+  };
+  if (sText.size() > static_cast<std::size_t>(std::numeric_limits<LONG>::max())) {
+    win32::NoteFailure(ERROR_FILE_TOO_LARGE);
+    return false;
+  }
+  const auto lSize = static_cast<LONG>(sText.size());
+  // Making room first lets a full disk show before a byte of the old text is overwritten.
+  const DWORD lOldSize = ::GetFileSize(hFile, nullptr);
+  if (!Noted(lOldSize != INVALID_FILE_SIZE)) return false;
+  if (sText.size() > lOldSize && !fnSetSize(lSize)) {
+    fnSetSize(static_cast<LONG>(lOldSize));
+    return false;
+  }
+  if (!Noted(::SetFilePointer(hFile, 0, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER)) {
+    return false;
+  }
+  return win32::WriteText(hFile, sText) && fnSetSize(lSize);
+}
+
+}  // namespace platform

@@ -1,0 +1,80 @@
+#include "platform/win32/SystemHandles.h"
+
+#include <array>
+#include <string_view>
+
+namespace platform {
+
+namespace {
+DWORD lLastError = 0;
+}
+
+void CloseSystemHandle(std::uint32_t hObject) {
+  if (hObject != 0) ::CloseHandle(win32::HandleOf<HANDLE>(hObject));
+}
+
+std::uint32_t LastSystemError() { return lLastError; }
+
+namespace win32 {
+
+void NoteFailure(DWORD lError) { lLastError = lError; }
+
+bool Noted(bool bSucceeded) {
+  if (!bSucceeded) lLastError = ::GetLastError();
+  return bSucceeded;
+}
+
+std::uint32_t NotedNumber(HANDLE hObject) {
+  return Noted(hObject != nullptr && hObject != INVALID_HANDLE_VALUE) ? NumberOf(hObject) : 0;
+}
+
+bool IsObjectName(const std::string& sName) {
+  const bool bName = !sName.empty() && sName.find('\0') == std::string::npos;
+  if (!bName) NoteFailure(ERROR_INVALID_NAME);
+  return bName;
+}
+
+OwnedHandle Owned(HANDLE hObject) {
+  return OwnedHandle(hObject == INVALID_HANDLE_VALUE ? nullptr : hObject);
+}
+
+std::optional<std::string> ReadWholeFile(HANDLE hFile) {
+  DWORD lSizeHigh = 0;
+  ::SetLastError(NO_ERROR);
+  const DWORD lSize = ::GetFileSize(hFile, &lSizeHigh);
+  if (!Noted(lSize != INVALID_FILE_SIZE || ::GetLastError() == NO_ERROR)) return std::nullopt;
+  if (lSizeHigh != 0) {
+    NoteFailure(ERROR_FILE_TOO_LARGE);
+    return std::nullopt;
+  }
+  std::string sText(lSize, '\0');
+  DWORD lRead = 0;
+  if (!Noted(::SetFilePointer(hFile, 0, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER &&
+             ::ReadFile(hFile, sText.data(), lSize, &lRead, nullptr) != 0)) {
+    return std::nullopt;
+  }
+  sText.resize(lRead);
+  return sText;
+}
+
+bool WriteText(HANDLE hFile, std::string_view sText) {
+  if (sText.empty()) return true;
+  DWORD lWritten = 0;
+  const auto lLength = static_cast<DWORD>(sText.size());
+  if (!Noted(::WriteFile(hFile, sText.data(), lLength, &lWritten, nullptr) != 0)) return false;
+  if (lWritten != lLength) NoteFailure(ERROR_DISK_FULL);
+  return lWritten == lLength;
+}
+
+std::string ErrorText(DWORD lError) {
+  std::array<char, 512> sText{};
+  const DWORD lLength = ::FormatMessageA(
+      FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK,
+      nullptr, lError, 0, sText.data(), sText.size(), nullptr);
+  std::string sReason(sText.data(), lLength);
+  sReason.erase(sReason.find_last_not_of(" .") + 1);
+  return sReason.empty() ? "System error " + std::to_string(lError) : sReason;
+}
+
+}  // namespace win32
+}  // namespace platform

@@ -1,0 +1,247 @@
+#include "platform/win32/WinControls.h"
+
+#include <algorithm>
+
+#include "platform/ListText.h"
+#include "platform/win32/SystemHandles.h"
+#include "platform/win32/WinForm.h"
+#include "platform/win32/WinListBox.h"
+#include "platform/win32/WinMetrics.h"
+
+namespace platform::win32 {
+
+namespace {
+
+constexpr UINT_PTR SUBCLASS = 1;
+
+}  // namespace
+
+ControlWindow::ControlWindow(WinForm& frmOwner, const ControlDesign& tDesign,
+                             const ControlClass& tClass, HFONT hFont)
+    : frm(frmOwner),
+      iControl(tDesign.iControl),
+      eKind(tDesign.eKind),
+      bFocusable(tDesign.eKind != ControlKind::Label),
+      tPlace(tDesign.tPlace) {
+  const RECT tPixels = PixelsOf(tPlace);
+  // An edit control's caption would be its contents.
+  const bool bCaption = tDesign.eKind != ControlKind::TextBox;
+  hWnd = ::CreateWindowExW(
+      tClass.lExtendedStyle, WideOf(tClass.sClass).c_str(),
+      bCaption ? WideOf(tDesign.sCaption).c_str() : nullptr,
+      tClass.lStyle | WS_CHILD | WS_CLIPSIBLINGS | (tDesign.bVisible ? WS_VISIBLE : 0U) |
+          (tDesign.iTabOrder >= 0 ? WS_TABSTOP : 0U),
+      tPixels.left, tPixels.top, tPixels.right - tPixels.left, tPixels.bottom - tPixels.top,
+      frm.Window(), HandleOf<HMENU>(static_cast<std::uint32_t>(iControl)), nullptr, nullptr);
+  ::SendMessageA(hWnd, WM_SETFONT, reinterpret_cast<WPARAM>(hFont), FALSE);
+  ::SetWindowSubclass(hWnd, Received, SUBCLASS, reinterpret_cast<DWORD_PTR>(this));
+}
+
+// ---- State and place ----------------------------------------------------------------------------
+
+void ControlWindow::SetEnabled(bool bEnabled) {
+  if (!bEnabled && frm.IsFocused(*this)) frm.FocusNext(*this, false);
+  ::EnableWindow(hWnd, bEnabled ? TRUE : FALSE);
+}
+
+bool ControlWindow::Enabled() const {
+  return (::GetWindowLongA(hWnd, GWL_STYLE) & static_cast<LONG>(WS_DISABLED)) == 0;
+}
+
+void ControlWindow::SetVisible(bool bVisible) {
+  if (!bVisible && frm.IsFocused(*this)) frm.FocusNext(*this, false);
+  ::ShowWindow(hWnd, bVisible ? SW_SHOWNA : SW_HIDE);
+}
+
+bool ControlWindow::Visible() const {
+  return (::GetWindowLongA(hWnd, GWL_STYLE) & static_cast<LONG>(WS_VISIBLE)) != 0;
+}
+
+void ControlWindow::SetFocus() {
+  if (TakesFocus()) frm.FocusOn(*this);
+}
+
+void ControlWindow::Move(const TwipsRect& tNewPlace) {
+  tPlace = tNewPlace;
+  const RECT tPixels = PixelsOf(tPlace);
+  ::SetWindowPos(hWnd, nullptr, tPixels.left - tOutset.x, tPixels.top - tOutset.y,
+                 tPixels.right - tPixels.left + tOutset.x, tPixels.bottom - tPixels.top + tOutset.y,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void ControlWindow::BringToFront() {
+  ::SetWindowPos(hWnd, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+}
+
+void ControlWindow::SetOutset(POINT tNewOutset) {
+  tOutset = tNewOutset;
+  ControlWindow::Move(tPlace);
+}
+
+// ---- Messages -----------------------------------------------------------------------------------
+
+void ControlWindow::Report(void (FormEvents::*fnEvent)(std::int16_t)) {
+  frm.Deliver([this, fnEvent](FormEvents& tEvents) { (tEvents.*fnEvent)(iControl); });
+}
+
+LRESULT CALLBACK ControlWindow::Received(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam,
+                                         UINT_PTR /*lSubclass*/, DWORD_PTR pControl) {
+  if (uMsg == WM_NCDESTROY) {
+    ::RemoveWindowSubclass(hWnd, Received, SUBCLASS);
+    return ::DefSubclassProc(hWnd, uMsg, wParam, lParam);
+  }
+  auto& tControl = *reinterpret_cast<ControlWindow*>(pControl);
+  switch (uMsg) {
+    case WM_SETFOCUS:
+      tControl.frm.FocusArrived(tControl);
+      break;
+    case WM_KEYDOWN:
+      return tControl.OnKeyDown(wParam, lParam);
+    case WM_CHAR:
+      return tControl.OnCharacter(wParam, lParam);
+    default:
+      break;
+  }
+  return tControl.OnMessage(uMsg, wParam, lParam);
+}
+
+LRESULT ControlWindow::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
+  return ::DefSubclassProc(hWnd, uMsg, wParam, lParam);
+}
+
+/// Message boxes and dialogs have message loops of their own, which know nothing of this form's
+/// Tab key; so the control itself sees to it.
+LRESULT ControlWindow::OnKeyDown(WPARAM wKey, LPARAM lParam) {
+  if (wKey == VK_TAB) {
+    frm.FocusNext(*this, ::GetKeyState(VK_SHIFT) < 0);
+    return 0;
+  }
+  const bool bConsumed = frm.Deliver([this, wKey](FormEvents& tEvents) {
+    return tEvents.KeyDown(iControl, static_cast<std::int16_t>(wKey));
+  });
+  if (bConsumed || frm.IsUnloaded()) {
+    // The key's character is in the queue already; a consumed key has none.
+    MSG tCharacter = {};
+    ::PeekMessageW(&tCharacter, hWnd, WM_CHAR, WM_CHAR, PM_REMOVE);
+    return 0;
+  }
+  return OnMessage(WM_KEYDOWN, wKey, lParam);
+}
+
+LRESULT ControlWindow::OnCharacter(WPARAM wCharacter, LPARAM lParam) {
+  if (wCharacter == VK_TAB) return 0;
+  const std::int32_t lUsed = frm.Deliver([this, wCharacter](FormEvents& tEvents) {
+    return tEvents.KeyPress(iControl, static_cast<std::int32_t>(wCharacter));
+  });
+  if (lUsed == 0 || frm.IsUnloaded()) return 0;
+  if (IsButton() && lUsed == VK_RETURN) return ::SendMessageA(hWnd, BM_CLICK, 0, 0);
+  return OnMessage(WM_CHAR, static_cast<WPARAM>(lUsed), lParam);
+}
+
+namespace {
+
+// ---- Kinds of controls --------------------------------------------------------------------------
+
+class LabelOrButton final : public ControlWindow {
+ public:
+  using ControlWindow::ControlWindow;
+  void Notified(WORD iCode) override {
+    if (iCode == BN_CLICKED) Report(&FormEvents::Click);
+  }
+};
+
+class CheckBoxWindow final : public CheckBox, public ControlWindow {
+ public:
+  using ControlWindow::ControlWindow;
+  bool Checked() const override {
+    return ::SendMessageA(Handle(), BM_GETCHECK, 0, 0) == BST_CHECKED;
+  }
+  void Notified(WORD iCode) override {
+    if (iCode == BN_CLICKED) Report(&FormEvents::Click);
+  }
+};
+
+class EditWindow final : public TextBox, public ControlWindow {
+ public:
+  EditWindow(WinForm& frmOwner, const ControlDesign& tDesign, HFONT hFont)
+      : ControlWindow(frmOwner, tDesign, ClassOf(tDesign), hFont),
+        lMaxLength(tDesign.iMaxLength),
+        lBackColor(tDesign.lBackColor) {
+    if (lMaxLength > 0)
+      ::SendMessageA(Handle(), EM_SETLIMITTEXT, static_cast<WPARAM>(lMaxLength), 0);
+    if (lBackColor >= 0) hBackground.reset(::CreateSolidBrush(BackColor()));
+    if (tDesign.bListingFont) StandOverListLines();
+  }
+
+  std::string Text() const override {
+    std::string sText(static_cast<std::size_t>(::GetWindowTextLengthA(Handle())) + 1, '\0');
+    const int lLength = ::GetWindowTextA(Handle(), sText.data(), static_cast<int>(sText.size()));
+    sText.resize(static_cast<std::size_t>(lLength));
+    return sText;
+  }
+
+  void SetText(std::string_view sText) override {
+    std::wstring sWide = WideOf(sText);
+    if (lMaxLength > 0) sWide.resize(std::min(sWide.size(), static_cast<std::size_t>(lMaxLength)));
+    ::SetWindowTextW(Handle(), sWide.c_str());
+  }
+
+  void SelectAll() override { ::SendMessageA(Handle(), EM_SETSEL, 0, -1); }
+
+  HBRUSH Background(HDC hSurface) const override {
+    if (hBackground == nullptr) return nullptr;
+    ::SetTextColor(hSurface, RGB(0, 0, 0));
+    ::SetBkColor(hSurface, BackColor());
+    return hBackground.get();
+  }
+
+ private:
+  /// An editor in place has a thin frame, other text boxes the usual one.
+  static ControlClass ClassOf(const ControlDesign& tDesign) {
+    return tDesign.bListingFont ? ControlClass{"EDIT", ES_AUTOHSCROLL | WS_BORDER, 0}
+                                : ControlClass{"EDIT", ES_AUTOHSCROLL, WS_EX_CLIENTEDGE};
+  }
+
+  COLORREF BackColor() const { return static_cast<COLORREF>(lBackColor); }
+
+  /// Has an editor's text begin exactly at its place's left edge, over the list's columns, and as
+  /// far below its top edge as the list's lines stand below theirs.
+  void StandOverListLines() {
+    ::SendMessageA(Handle(), EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
+    RECT tWindow = {};
+    RECT tText = {};
+    ::GetWindowRect(Handle(), &tWindow);
+    ::SendMessageA(Handle(), EM_GETRECT, 0, reinterpret_cast<LPARAM>(&tText));
+    POINT tStart = {tText.left, tText.top};
+    ::ClientToScreen(Handle(), &tStart);
+    SetOutset({tStart.x - tWindow.left, tStart.y - tWindow.top - PixelsOf(LIST_TEXT_TOP)});
+  }
+
+  LONG lMaxLength;
+  std::int32_t lBackColor;
+  OwnedBrush hBackground;
+};
+
+}  // namespace
+
+std::unique_ptr<ControlWindow> BuildControl(WinForm& frm, const ControlDesign& tDesign, HFONT hFont,
+                                            HFONT hListingFont) {
+  const HFONT hOwnFont = tDesign.bListingFont ? hListingFont : hFont;
+  switch (tDesign.eKind) {
+    case ControlKind::TextBox:
+      return std::make_unique<EditWindow>(frm, tDesign, hOwnFont);
+    case ControlKind::Button:
+      return std::make_unique<LabelOrButton>(frm, tDesign, ControlClass{"BUTTON", BS_PUSHBUTTON, 0},
+                                             hOwnFont);
+    case ControlKind::CheckBox:
+      return std::make_unique<CheckBoxWindow>(frm, tDesign,
+                                              ControlClass{"BUTTON", BS_AUTOCHECKBOX, 0}, hOwnFont);
+    case ControlKind::ListBox:
+      return std::make_unique<ListWindow>(frm, tDesign, hOwnFont);
+    default:
+      return std::make_unique<LabelOrButton>(frm, tDesign, ControlClass{"STATIC", SS_NOPREFIX, 0},
+                                             hOwnFont);
+  }
+}
+
+}  // namespace platform::win32

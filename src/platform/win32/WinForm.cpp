@@ -1,0 +1,523 @@
+#include "platform/win32/WinForm.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/win32/Resources.h"
+#include "platform/win32/SystemHandles.h"
+#include "platform/win32/WinFileDialog.h"
+#include "platform/win32/WinListBox.h"
+
+namespace platform::win32 {
+
+namespace {
+
+constexpr const wchar_t* WINDOW_CLASS = L"VarnelForm";
+constexpr const wchar_t* DIALOG_CLASS = L"#32770";  // message boxes and common dialogs
+constexpr DWORD WINDOW_STYLE = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
+constexpr UINT_PTR TIMER = 1;
+
+// Messages that a form posts to itself, for events that arise where nothing may be disturbed, as in
+// the middle of a change of focus.
+constexpr UINT MSG_ACTIVATE = WM_APP;
+constexpr UINT MSG_GOT_FOCUS = WM_APP + 1;   // wParam: the control
+constexpr UINT MSG_LOST_FOCUS = WM_APP + 2;  // wParam: the control
+
+/// Only designed captions have an access key.
+std::wstring WithoutAccessKey(std::wstring sCaption) {
+  for (std::size_t lAt = 0; (lAt = sCaption.find(L'&', lAt)) != std::wstring::npos; lAt += 2)
+    sCaption.insert(lAt, 1, L'&');
+  return sCaption;
+}
+
+std::int32_t Twips(LONG lPixels) {
+  return static_cast<std::int32_t>(std::lround(static_cast<double>(lPixels) * TwipsPerPixel()));
+}
+
+/// The answer of a box that is dismissed unanswered.
+std::int32_t DismissedAnswer(std::int32_t lStyle) {
+  switch (static_cast<std::uint32_t>(lStyle) & MB_TYPEMASK) {
+    case MB_OK:
+      return IDOK;
+    case MB_YESNO:
+      return IDNO;
+    default:
+      return IDCANCEL;
+  }
+}
+
+/// The dialogs that belong to a window.
+std::vector<HWND> DialogsOf(HWND hOwner) {
+  std::pair<HWND, std::vector<HWND>> tSearch{hOwner, {}};
+  const auto fnNote = [](HWND hWnd, LPARAM pSearch) -> BOOL {
+    auto& [hWanted, ahFound] = *reinterpret_cast<std::pair<HWND, std::vector<HWND>>*>(pSearch);
+    std::array<wchar_t, 8> sClass{};
+    ::GetClassNameW(hWnd, sClass.data(), static_cast<int>(sClass.size()));
+    if (::GetWindow(hWnd, GW_OWNER) == hWanted && sClass.data() == std::wstring_view(DIALOG_CLASS))
+      ahFound.push_back(hWnd);
+    return TRUE;
+  };
+  ::EnumThreadWindows(::GetCurrentThreadId(), fnNote, reinterpret_cast<LPARAM>(&tSearch));
+  return tSearch.second;
+}
+
+}  // namespace
+
+WinForm::Delivery::Delivery(WinForm& frm)
+    : pForm(frm.shared_from_this()),
+      pLogic(frm.pEvents),
+      pPrevious(frm.tToolkit.ExchangeHandling(&frm)) {}
+
+WinForm::Delivery::~Delivery() { pForm->tToolkit.ExchangeHandling(pPrevious); }
+
+WinForm::WinForm(WinToolkit& tItsToolkit, const FormDesign& tDesign,
+                 std::shared_ptr<FormEvents> pLogic)
+    : tToolkit(tItsToolkit),
+      pEvents(std::move(pLogic)),
+      sName(tDesign.sName),
+      lTimerInterval(static_cast<UINT>(tDesign.iTimerInterval)),
+      tMenus(tDesign.atMenu),
+      hFont(FormFont(tDesign)),
+      hListingFont(ListingFont(tDesign)) {
+  static const ATOM iClass = [] {
+    WNDCLASSEXW tClass = {};
+    tClass.cbSize = sizeof(tClass);
+    tClass.lpfnWndProc = Received;
+    tClass.hInstance = ::GetModuleHandleW(nullptr);
+    tClass.hIcon = ::LoadIconW(tClass.hInstance, MAKEINTRESOURCEW(PROGRAM_ICON));
+    tClass.hCursor = ::LoadCursorA(nullptr, IDC_ARROW);
+    tClass.hbrBackground = ::GetSysColorBrush(COLOR_BTNFACE);
+    tClass.lpszClassName = WINDOW_CLASS;
+    return ::RegisterClassExW(&tClass);
+  }();
+  static_cast<void>(iClass);
+  ::CreateWindowExW(WS_EX_CONTROLPARENT, WINDOW_CLASS, WideOf(tDesign.sCaption).c_str(),
+                    WINDOW_STYLE, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
+                    nullptr, tMenus.Bar(), ::GetModuleHandleW(nullptr), this);
+  std::map<std::int16_t, ControlWindow*> colTab;
+  for (const ControlDesign& tControl : tDesign.atControl) {
+    auto pControl = BuildControl(*this, tControl, hFont.get(), hListingFont.get());
+    if (tControl.iTabOrder >= 0) colTab.emplace(tControl.iTabOrder, pControl.get());
+    colControl.emplace(tControl.iControl, std::move(pControl));
+  }
+  for (const auto& [iOrder, pControl] : colTab) apTabOrder.push_back(pControl);
+}
+
+WinForm::~WinForm() {
+  eLife = Life::Unloaded;
+  ::SetMenu(hWnd, nullptr);  // it has an owner here
+  ::DestroyWindow(hWnd);
+}
+
+TextBox& WinForm::TextBoxOf(std::int16_t iControl) {
+  return dynamic_cast<TextBox&>(ControlOf(iControl));
+}
+
+CheckBox& WinForm::CheckBoxOf(std::int16_t iControl) {
+  return dynamic_cast<CheckBox&>(ControlOf(iControl));
+}
+
+ListBox& WinForm::ListBoxOf(std::int16_t iControl) {
+  return dynamic_cast<ListBox&>(ControlOf(iControl));
+}
+
+std::string WinForm::Caption() const {
+  std::string sCaption(static_cast<std::size_t>(::GetWindowTextLengthA(hWnd)) + 1, '\0');
+  const int lLength = ::GetWindowTextA(hWnd, sCaption.data(), static_cast<int>(sCaption.size()));
+  sCaption.resize(static_cast<std::size_t>(lLength));
+  return sCaption;
+}
+
+void WinForm::SetCaption(std::string_view sCaption) {
+  ::SetWindowTextW(hWnd, WideOf(sCaption).c_str());
+}
+
+// ---- Place --------------------------------------------------------------------------------------
+
+RECT WinForm::OuterPlace() const {
+  RECT tPlace = {};
+  ::GetWindowRect(hWnd, &tPlace);
+  return tPlace;
+}
+
+/// A minimized or maximized window keeps its place.
+void WinForm::SetOuterPlace(const RECT& tPlace) {
+  if (IsUnloaded() || ::IsIconic(hWnd) != 0 || ::IsZoomed(hWnd) != 0) return;
+  ::SetWindowPos(hWnd, nullptr, tPlace.left, tPlace.top, std::max(0L, tPlace.right - tPlace.left),
+                 std::max(0L, tPlace.bottom - tPlace.top), SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+FormPlace WinForm::Place() const {
+  const RECT tPlace = OuterPlace();
+  const double dTwips = TwipsPerPixel();
+  return {tPlace.top * dTwips, tPlace.left * dTwips, (tPlace.bottom - tPlace.top) * dTwips,
+          (tPlace.right - tPlace.left) * dTwips};
+}
+
+void WinForm::SetTop(double dTop) {
+  RECT tPlace = OuterPlace();
+  ::OffsetRect(&tPlace, 0, PixelsOf(dTop) - tPlace.top);
+  SetOuterPlace(tPlace);
+}
+
+void WinForm::SetLeft(double dLeft) {
+  RECT tPlace = OuterPlace();
+  ::OffsetRect(&tPlace, PixelsOf(dLeft) - tPlace.left, 0);
+  SetOuterPlace(tPlace);
+}
+
+void WinForm::SetHeight(double dHeight) {
+  RECT tPlace = OuterPlace();
+  tPlace.bottom = tPlace.top + PixelsOf(dHeight);
+  SetOuterPlace(tPlace);
+}
+
+void WinForm::SetWidth(double dWidth) {
+  RECT tPlace = OuterPlace();
+  tPlace.right = tPlace.left + PixelsOf(dWidth);
+  SetOuterPlace(tPlace);
+}
+
+Size WinForm::InnerSize() const {
+  RECT tInside = {};
+  ::GetClientRect(hWnd, &tInside);
+  return {Twips(tInside.right), Twips(tInside.bottom)};
+}
+
+WindowState WinForm::State() const {
+  if (!bShown) return eFirstState;
+  if (::IsIconic(hWnd) != 0) return WindowState::Minimized;
+  return ::IsZoomed(hWnd) != 0 ? WindowState::Maximized : WindowState::Normal;
+}
+
+void WinForm::SetState(WindowState eState) {
+  if (IsUnloaded() || eState == State()) return;
+  constexpr std::array<int, 3> alCommand = {SW_SHOWNORMAL, SW_MINIMIZE, SW_MAXIMIZE};
+  eFirstState = eState;
+  if (bShown) ::ShowWindow(hWnd, alCommand.at(static_cast<std::size_t>(eState)));
+}
+
+// ---- Showing ------------------------------------------------------------------------------------
+
+void WinForm::Show() {
+  if (IsUnloaded()) return;
+  const WindowState eState = State();
+  bShown = true;
+  if (eState == WindowState::Normal) {
+    ::ShowWindow(hWnd, SW_SHOW);
+  } else {
+    ::ShowWindow(hWnd, eState == WindowState::Minimized ? SW_SHOWMINIMIZED : SW_SHOWMAXIMIZED);
+  }
+  ReportResize();
+}
+
+void WinForm::BringToTop() {
+  if (!IsUnloaded()) ::BringWindowToTop(hWnd);
+}
+
+void WinForm::SetFocus() {
+  if (!IsUnloaded()) ::SetForegroundWindow(hWnd);
+}
+
+void WinForm::SetMousePointer(MousePointer ePointer) {
+  bHourglass = ePointer == MousePointer::Hourglass;
+  // The pointer changes when it moves next; one that rests over the form is told at once.
+  POINT tPointer = {};
+  ::GetCursorPos(&tPointer);
+  const HWND hUnder = ::WindowFromPoint(tPointer);
+  if (hUnder != nullptr && ::GetAncestor(hUnder, GA_ROOT) == hWnd) {
+    ::SendMessageA(hUnder, WM_SETCURSOR, reinterpret_cast<WPARAM>(hUnder),
+                   MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+  }
+}
+
+double WinForm::TextHeight(std::string_view sText) const {
+  const auto lLines = 1 + std::ranges::count(sText, '\n');
+  return static_cast<double>(lLines) * MeasuringSurface(hFont.get()).Metrics().tmHeight *
+         TwipsPerPixel();
+}
+
+void WinForm::SetTimerEnabled(bool bEnabled) {
+  if (IsUnloaded()) return;
+  if (bEnabled) {
+    ::SetTimer(hWnd, TIMER, lTimerInterval, nullptr);
+  } else {
+    ::KillTimer(hWnd, TIMER);
+  }
+}
+
+void WinForm::SetIcon(IconKind eKind, std::uint32_t hIcon) {
+  OwnedIcon hNew(HandleOf<HICON>(hIcon));
+  ::SendMessageA(hWnd, WM_SETICON, static_cast<WPARAM>(eKind),
+                 reinterpret_cast<LPARAM>(hNew.get()));
+  ahIcon.at(static_cast<std::size_t>(eKind)) = std::move(hNew);
+}
+
+// ---- Focus --------------------------------------------------------------------------------------
+
+void WinForm::FocusOn(const ControlWindow& tControl) {
+  if (IsUnloaded()) return;
+  // In a window that is not the active one this would take the focus from the one that is, a
+  // message box of this form among them.
+  if (::GetActiveWindow() == hWnd) {
+    ::SetFocus(tControl.Handle());
+  } else {
+    pWanted = &tControl;
+  }
+}
+
+bool WinForm::IsFocused(const ControlWindow& tControl) const {
+  return (pWanted != nullptr ? pWanted : pFocused) == &tControl;
+}
+
+void WinForm::FocusNext(const ControlWindow& tControl, bool bBackward) {
+  auto apOrder = apTabOrder;
+  auto itControl = std::ranges::find(apOrder, &tControl);
+  if (itControl == apOrder.end()) {
+    // One that Tab does not reach, such as an editor in place, gives the focus back to what was
+    // designed before it.
+    itControl = std::ranges::find_if(
+        apOrder, [&](const auto* pOther) { return pOther->Number() > tControl.Number(); });
+    bBackward = true;
+  } else if (!bBackward) {
+    ++itControl;
+  }
+  // First those on the way to the end of the order, then those from its other end.
+  std::ranges::rotate(apOrder, itControl);
+  if (bBackward) std::ranges::reverse(apOrder);
+  const auto itNext = std::ranges::find_if(
+      apOrder, [&](const auto* pOther) { return pOther != &tControl && pOther->TakesFocus(); });
+  if (itNext != apOrder.end()) FocusOn(**itNext);
+}
+
+void WinForm::FocusArrived(const ControlWindow& tControl) {
+  const bool bWanted = std::exchange(pWanted, nullptr) == &tControl;
+  const ControlWindow* const pBefore = std::exchange(pFocused, &tControl);
+  if (pBefore == &tControl) return;
+  if (pBefore != nullptr && !bWanted) {
+    ::PostMessageW(hWnd, MSG_LOST_FOCUS, static_cast<WPARAM>(pBefore->Number()), 0);
+  }
+  ::PostMessageW(hWnd, MSG_GOT_FOCUS, static_cast<WPARAM>(tControl.Number()), 0);
+}
+
+void WinForm::RestoreFocus() {
+  const ControlWindow* pControl = pWanted != nullptr ? pWanted : pFocused;
+  if (pControl == nullptr || !pControl->TakesFocus()) {
+    const auto itFirst = std::ranges::find_if(apTabOrder, &ControlWindow::TakesFocus);
+    if (itFirst == apTabOrder.end()) return;
+    pControl = *itFirst;
+  }
+  ::SetFocus(pControl->Handle());
+}
+
+// ---- Menus and dialogs --------------------------------------------------------------------------
+
+void WinForm::LoadMenuItem(std::int16_t iMenu, std::int16_t iIndex) {
+  tMenus.LoadItem(iMenu, iIndex);
+}
+
+void WinForm::UnloadMenuItem(std::int16_t iMenu, std::int16_t iIndex) {
+  tMenus.UnloadItem(iMenu, iIndex);
+}
+
+void WinForm::SetMenuCaption(std::int16_t iMenu, std::int16_t iIndex, std::string_view sCaption) {
+  if (auto* const pItem = tMenus.Find(iMenu, iIndex))
+    pItem->sCaption = WithoutAccessKey(WideOf(sCaption));
+}
+
+void WinForm::SetMenuChecked(std::int16_t iMenu, std::int16_t iIndex, bool bChecked) {
+  if (auto* const pItem = tMenus.Find(iMenu, iIndex)) pItem->bChecked = bChecked;
+}
+
+void WinForm::SetMenuVisible(std::int16_t iMenu, std::int16_t iIndex, bool bVisible) {
+  if (auto* const pItem = tMenus.Find(iMenu, iIndex)) pItem->bVisible = bVisible;
+}
+
+void WinForm::ShowPopupMenu(std::int16_t iMenu) {
+  const HMENU hMenu = tMenus.Handle(iMenu);
+  if (hMenu == nullptr || IsUnloaded()) return;
+  const auto pKeep = shared_from_this();
+  POINT tPointer = {};
+  ::GetCursorPos(&tPointer);
+  ::TrackPopupMenu(hMenu, TPM_RIGHTBUTTON, tPointer.x, tPointer.y, 0, hWnd, nullptr);
+}
+
+FileDialogResult WinForm::ShowFileDialog(const FileDialogRequest& tRequest) {
+  if (IsUnloaded()) return {};
+  const auto pKeep = shared_from_this();
+  const bool bBefore = std::exchange(bFileDialogOpen, true);
+  FileDialogResult tResult = RunFileDialog(hWnd, tRequest);
+  bFileDialogOpen = bBefore;
+  return IsUnloaded() ? FileDialogResult() : tResult;
+}
+
+std::int32_t WinForm::RunMessageBox(const std::string& sPrompt, std::int32_t lStyle,
+                                    const std::string& sTitle) {
+  if (IsUnloaded()) return DismissedAnswer(lStyle);
+  const auto pKeep = shared_from_this();
+  const HWND hOwner = ::IsWindowVisible(hWnd) != 0 ? hWnd : nullptr;
+  const int lAnswer =
+      ::MessageBoxA(hOwner, sPrompt.c_str(), sTitle.c_str(), static_cast<UINT>(lStyle));
+  return IsUnloaded() ? DismissedAnswer(lStyle) : lAnswer;
+}
+
+/// Has all that is modal to this form come back.
+void WinForm::CloseDialogs() {
+  for (const HWND hDialog : DialogsOf(hWnd)) {
+    if (bFileDialogOpen) {
+      ::PostMessageW(hDialog, WM_COMMAND, IDCANCEL, 0);
+    } else {
+      ::EndDialog(hDialog, IDCANCEL);
+    }
+  }
+  GUITHREADINFO tThread = {};
+  tThread.cbSize = sizeof(tThread);
+  if (::GetGUIThreadInfo(::GetCurrentThreadId(), &tThread) != 0 && tThread.hwndMenuOwner == hWnd)
+    ::EndMenu();
+}
+
+// ---- Life ---------------------------------------------------------------------------------------
+
+void WinForm::Load() {
+  Deliver([this](FormEvents& tEvents) { tEvents.Load(*this); });
+  bLoadReturned = true;
+  ReportResize();
+}
+
+void WinForm::Unload() {
+  if (eLife != Life::Loaded) return;
+  const auto pKeep = shared_from_this();
+  Deliver([this](FormEvents& tEvents) {
+    eLife = Life::Unloading;
+    tEvents.QueryUnload();
+  });
+  ::KillTimer(hWnd, TIMER);
+  eLife = Life::Unloaded;
+  CloseDialogs();
+  ::ShowWindow(hWnd, SW_HIDE);
+  tToolkit.FormUnloaded(pKeep);
+  pEvents.reset();
+}
+
+// ---- Messages -----------------------------------------------------------------------------------
+
+LRESULT CALLBACK WinForm::Received(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) {
+  if (uMsg == WM_NCCREATE) {
+    auto* const frmNew =
+        static_cast<WinForm*>(reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
+    frmNew->hWnd = hWnd;
+    ::SetWindowLongPtrW(hWnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(frmNew));
+  }
+  auto* const frm = reinterpret_cast<WinForm*>(::GetWindowLongPtrW(hWnd, GWLP_USERDATA));
+  if (frm != nullptr && !frm->IsUnloaded()) return frm->OnMessage(uMsg, wParam, lParam);
+  // An unloaded form's window goes with the form.
+  return uMsg == WM_CLOSE ? 0 : ::DefWindowProcW(hWnd, uMsg, wParam, lParam);
+}
+
+LRESULT WinForm::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
+  const auto iNumber = static_cast<std::int16_t>(wParam);
+  switch (uMsg) {
+    case MSG_ACTIVATE:
+      Deliver([](FormEvents& tEvents) { tEvents.Activate(); });
+      return 0;
+    case MSG_GOT_FOCUS:
+      Deliver([=](FormEvents& tEvents) { tEvents.GotFocus(iNumber); });
+      return 0;
+    case MSG_LOST_FOCUS:
+      Deliver([=](FormEvents& tEvents) { tEvents.LostFocus(iNumber); });
+      return 0;
+    case WM_ACTIVATE:
+      if (LOWORD(wParam) != WA_INACTIVE) ::PostMessageW(hWnd, MSG_ACTIVATE, 0, 0);
+      break;
+    case WM_SETFOCUS:
+      RestoreFocus();
+      return 0;
+    case WM_SIZE:
+      ReportResize();
+      return 0;
+    case WM_TIMER:
+      Deliver([](FormEvents& tEvents) { tEvents.Timer(); });
+      return 0;
+    case WM_COMMAND:
+      OnCommand(wParam, lParam);
+      return 0;
+    case WM_INITMENUPOPUP:
+      tMenus.Fill(reinterpret_cast<HMENU>(wParam));
+      return 0;
+    case WM_DRAWITEM:
+      if (const auto* lst = dynamic_cast<ListWindow*>(ControlAt(LOWORD(wParam))))
+        lst->Draw(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+      return TRUE;
+    case WM_CTLCOLOREDIT:
+      if (const auto* pControl =
+              ControlAt(static_cast<WORD>(::GetDlgCtrlID(reinterpret_cast<HWND>(lParam))))) {
+        if (const HBRUSH hBrush = pControl->Background(reinterpret_cast<HDC>(wParam)))
+          return reinterpret_cast<LRESULT>(hBrush);
+      }
+      break;
+    case WM_SETCURSOR:
+      if (bHourglass && LOWORD(lParam) == HTCLIENT) {
+        ::SetCursor(::LoadCursorA(nullptr, IDC_WAIT));
+        return TRUE;
+      }
+      break;
+    case WM_MOUSEWHEEL:
+      if (OnWheel(wParam, lParam)) return 0;
+      break;
+    case WM_ENDSESSION:
+      if (wParam != FALSE) Unload();
+      return 0;
+    case WM_CLOSE:
+      Unload();
+      return 0;
+    default:
+      break;
+  }
+  return ::DefWindowProcW(hWnd, uMsg, wParam, lParam);
+}
+
+void WinForm::OnCommand(WPARAM wParam, LPARAM lParam) {
+  if (lParam == 0) {
+    const auto [iMenu, iIndex] = WinMenus::EntryOf(LOWORD(wParam));
+    Deliver([iMenu = iMenu, iIndex = iIndex](FormEvents& tEvents) {
+      tEvents.MenuClick(iMenu, iIndex);
+    });
+  } else if (auto* const pControl = ControlAt(LOWORD(wParam))) {
+    pControl->Notified(HIWORD(wParam));
+  }
+}
+
+/// A wheel turned over a control that stands on a list, such as an in-place editor, is the list's.
+bool WinForm::OnWheel(WPARAM wParam, LPARAM lParam) {
+  const POINT tPointer = {static_cast<std::int16_t>(LOWORD(lParam)),
+                          static_cast<std::int16_t>(HIWORD(lParam))};
+  for (const auto& [iControl, pControl] : colControl) {
+    RECT tPlace = {};
+    ::GetWindowRect(pControl->Handle(), &tPlace);
+    if (dynamic_cast<ListWindow*>(pControl.get()) == nullptr || bPassingWheel ||
+        !pControl->Visible() || ::PtInRect(&tPlace, tPointer) == 0) {
+      continue;
+    }
+    bPassingWheel = true;  // a list hands back what it has no use for
+    ::SendMessageA(pControl->Handle(), WM_MOUSEWHEEL, wParam, lParam);
+    bPassingWheel = false;
+    return true;
+  }
+  return false;
+}
+
+ControlWindow* WinForm::ControlAt(WORD iControl) const {
+  const auto itControl = colControl.find(static_cast<std::int16_t>(iControl));
+  return itControl == colControl.end() ? nullptr : itControl->second.get();
+}
+
+void WinForm::ReportResize() {
+  if (!bLoadReturned || !bShown) return;
+  const RECT tPlace = OuterPlace();
+  const std::pair tNow(std::pair(tPlace.right - tPlace.left, tPlace.bottom - tPlace.top), State());
+  if (tReportedSize == tNow) return;
+  tReportedSize = tNow;
+  Deliver([](FormEvents& tEvents) { tEvents.Resize(); });
+}
+
+}  // namespace platform::win32

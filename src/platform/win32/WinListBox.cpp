@@ -1,0 +1,175 @@
+#include "platform/win32/WinListBox.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "platform/ListText.h"
+#include "platform/win32/SystemHandles.h"
+#include "platform/win32/WinForm.h"
+#include "platform/win32/WinMetrics.h"
+
+namespace platform::win32 {
+
+namespace {
+
+constexpr ControlClass LIST_CLASS = {
+    "LISTBOX",
+    LBS_OWNERDRAWFIXED | LBS_NODATA | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT | WS_VSCROLL | WS_HSCROLL,
+    WS_EX_CLIENTEDGE};
+
+constexpr std::int32_t MARK_TWIPS = 30;
+
+COLORREF Mixed(COLORREF lOne, COLORREF lOther) {
+  return RGB((GetRValue(lOne) + GetRValue(lOther)) / 2, (GetGValue(lOne) + GetGValue(lOther)) / 2,
+             (GetBValue(lOne) + GetBValue(lOther)) / 2);
+}
+
+/// Distance of the lines' text from the left edge of the list's inside.
+int TextLeft() { return std::max(0, PixelsOf(LIST_TEXT_LEFT) - ::GetSystemMetrics(SM_CXEDGE)); }
+
+}  // namespace
+
+ListWindow::ListWindow(WinForm& frmOwner, const ControlDesign& tDesign, HFONT hItsFont)
+    : ControlWindow(frmOwner, tDesign, LIST_CLASS, hItsFont),
+      hFont(hItsFont),
+      lColumn(ColumnWidth(hFont)) {
+  ::SendMessageA(Handle(), LB_SETITEMHEIGHT, 0, MeasuringSurface(hFont).Metrics().tmHeight);
+}
+
+std::int32_t ListWindow::Ask(UINT uMsg, std::int32_t lArgument) const {
+  // The number of a line may have 16 bits set; only -1 is to have more.
+  return static_cast<std::int32_t>(
+      ::SendMessageA(Handle(), uMsg, static_cast<WPARAM>(lArgument), 0));
+}
+
+// ---- Lines, selection and top line --------------------------------------------------------------
+
+void ListWindow::SetLines(const ListLines* pNewLines) {
+  pLines = pNewLines;
+  Show(0, -1);
+}
+
+void ListWindow::LinesReplaced(std::int32_t lFirst, std::int32_t lRemoved, std::int32_t lInserted) {
+  const ReplacedLines tReplaced{lFirst, lRemoved, lInserted};
+  Show(tReplaced.Moved(TopIndex()), tReplaced.MovedSelection(SelectedIndex()));
+}
+
+/// Tells the control of the lines there are now, and what of them to show.
+void ListWindow::Show(std::int32_t lTop, std::int32_t lSelected) {
+  const std::int32_t lCount = pLines != nullptr ? pLines->LineCount() : 0;
+  std::int32_t lLongest = 0;
+  for (std::int32_t lLine = 0; lLine < lCount; ++lLine) {
+    lLongest = std::max(lLongest, TextColumns(pLines->Line(lLine)));
+  }
+  Ask(WM_SETREDRAW, FALSE);
+  Ask(LB_SETCOUNT, lCount);
+  Ask(LB_SETHORIZONTALEXTENT, TextLeft() + lLongest * lColumn);
+  Ask(LB_SETCURSEL, lSelected);
+  Ask(LB_SETTOPINDEX, lTop);
+  Ask(WM_SETREDRAW, TRUE);
+  ::InvalidateRect(Handle(), nullptr, TRUE);
+}
+
+std::int32_t ListWindow::SelectedIndex() const { return Ask(LB_GETCURSEL); }
+
+void ListWindow::SetSelectedIndex(std::int32_t lIndex) {
+  // The control scrolls to what it selects; the form wants its line where it stands.
+  const std::int32_t lTop = TopIndex();
+  Ask(WM_SETREDRAW, FALSE);
+  const bool bSelected = Ask(LB_SETCURSEL, lIndex) != LB_ERR;
+  Ask(LB_SETTOPINDEX, lTop);
+  Ask(WM_SETREDRAW, TRUE);
+  ::InvalidateRect(Handle(), nullptr, FALSE);
+  if (bSelected) Report(&FormEvents::Click);
+}
+
+std::int32_t ListWindow::TopIndex() const { return Ask(LB_GETTOPINDEX); }
+
+void ListWindow::SetTopIndex(std::int32_t lIndex) { Ask(LB_SETTOPINDEX, lIndex); }
+
+std::int32_t ListWindow::ItemHeightPixels() const { return Ask(LB_GETITEMHEIGHT); }
+
+std::uint32_t ListWindow::ItemFromPoint(std::int32_t lXPixels, std::int32_t lYPixels) const {
+  return static_cast<std::uint32_t>(
+      ::SendMessageA(Handle(), LB_ITEMFROMPOINT, 0, MAKELPARAM(lXPixels, lYPixels)));
+}
+
+double ListWindow::TextWidth(std::string_view sText) const {
+  return static_cast<double>(sText.size()) * lColumn * TwipsPerPixel();
+}
+
+std::uint32_t ListWindow::WindowHandle() const { return NumberOf(Handle()); }
+
+// ---- Drawing ------------------------------------------------------------------------------------
+
+void ListWindow::Draw(const DRAWITEMSTRUCT& tItem) const {
+  const auto lLine = static_cast<std::int32_t>(tItem.itemID);  // -1: an empty list with the focus
+  const bool bSelected = (tItem.itemState & ODS_SELECTED) != 0;
+  ::SelectObject(tItem.hDC, hFont);
+  ::SetTextColor(tItem.hDC, ::GetSysColor(bSelected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
+  ::SetBkColor(tItem.hDC, ::GetSysColor(bSelected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
+  const bool bLine = pLines != nullptr && lLine >= 0 && lLine < pLines->LineCount();
+  DrawLine(tItem.hDC, tItem.rcItem, bLine ? pLines->Line(lLine) : std::string_view());
+  if ((tItem.itemState & ODS_FOCUS) != 0) ::DrawFocusRect(tItem.hDC, &tItem.rcItem);
+}
+
+/// Draws the visible columns of a line, which may have a hundred thousand.
+void ListWindow::DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLine) const {
+  RECT tInside = {};
+  ::GetClientRect(Handle(), &tInside);
+  const int lLeft = tLine.left + TextLeft();
+  const int lFirst = std::max(0, -lLeft / lColumn);
+  const int lColumns = std::max(0, static_cast<int>(sLine.size()) - lFirst);
+  sLine = sLine.substr(
+      static_cast<std::size_t>(lColumns == 0 ? 0 : lFirst),
+      static_cast<std::size_t>(std::min(lColumns, static_cast<int>(tInside.right) / lColumn + 2)));
+  std::wstring sShown(sLine.size(), L' ');
+  std::ranges::transform(sLine, sShown.begin(), [](char bCharacter) {
+    const auto bCode = static_cast<unsigned char>(bCharacter);
+    return IsShownAsMark(bCode) ? L' ' : static_cast<wchar_t>(bCode);
+  });
+  const std::vector<INT> alWidth(sShown.size(), lColumn);
+  const int lX = lLeft + lFirst * lColumn;
+  ::ExtTextOutW(hSurface, lX, tLine.top, ETO_OPAQUE | ETO_CLIPPED, &tLine, sShown.data(),
+                static_cast<UINT>(sShown.size()), alWidth.data());
+
+  const int lMark = std::max(1, PixelsOf(MARK_TWIPS));
+  const OwnedBrush hBrush(
+      ::CreateSolidBrush(Mixed(::GetTextColor(hSurface), ::GetBkColor(hSurface))));
+  for (std::size_t lAt = 0; lAt < sLine.size(); ++lAt) {
+    if (!IsShownAsMark(static_cast<unsigned char>(sLine[lAt]))) continue;
+    const int lMarkX = lX + static_cast<int>(lAt) * lColumn + (lColumn - lMark) / 2;
+    const int lMarkY = (tLine.top + tLine.bottom - lMark) / 2;
+    const RECT tMark = {lMarkX, lMarkY, lMarkX + lMark, lMarkY + lMark};
+    ::FillRect(hSurface, &tMark, hBrush.get());
+  }
+}
+
+// ---- Mouse --------------------------------------------------------------------------------------
+
+void ListWindow::Notified(WORD iCode) {
+  if (iCode == LBN_SELCHANGE) Report(&FormEvents::Click);
+  if (iCode == LBN_DBLCLK) Report(&FormEvents::DblClick);
+}
+
+LRESULT ListWindow::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
+  const LRESULT lResult = ControlWindow::OnMessage(uMsg, wParam, lParam);
+  std::int16_t iButton = 0;
+  if (uMsg == WM_LBUTTONUP) iButton = 1;
+  if (uMsg == WM_RBUTTONUP) iButton = 2;
+  if (uMsg == WM_MBUTTONUP) iButton = 4;
+  if (iButton != 0) {
+    const int lShift = ((wParam & MK_SHIFT) != 0 ? 1 : 0) | ((wParam & MK_CONTROL) != 0 ? 2 : 0) |
+                       (::GetKeyState(VK_MENU) < 0 ? 4 : 0);
+    // A captured mouse may be left of or above the list: the coordinates have signs.
+    const auto iX = static_cast<std::int16_t>(LOWORD(lParam));
+    const auto iY = static_cast<std::int16_t>(HIWORD(lParam));
+    frm.Deliver([&](FormEvents& tEvents) {
+      tEvents.MouseUp(Number(), iButton, static_cast<std::int16_t>(lShift), iX * TwipsPerPixel(),
+                      iY * TwipsPerPixel());
+    });
+  }
+  return lResult;
+}
+
+}  // namespace platform::win32

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/Toolkit.h"
+#include "platform/win32/WinControls.h"
+
+namespace platform::win32 {
+
+/// A system list box that keeps nothing but the number of lines (LBS_NODATA) and has each visible
+/// one drawn here, every byte in a column of its own.
+class ListWindow final : public ListBox, public ControlWindow {
+ public:
+  ListWindow(WinForm& frmOwner, const ControlDesign& tDesign, HFONT hItsFont);
+
+  void SetLines(const ListLines* pNewLines) override;
+  void LinesReplaced(std::int32_t lFirst, std::int32_t lRemoved, std::int32_t lInserted) override;
+  std::int32_t SelectedIndex() const override;
+  void SetSelectedIndex(std::int32_t lIndex) override;
+  std::int32_t TopIndex() const override;
+  void SetTopIndex(std::int32_t lIndex) override;
+  std::int32_t ItemHeightPixels() const override;
+  std::uint32_t ItemFromPoint(std::int32_t lXPixels, std::int32_t lYPixels) const override;
+  double TextWidth(std::string_view sText) const override;
+  std::uint32_t WindowHandle() const override;
+
+  void Notified(WORD iCode) override;
+  void Draw(const DRAWITEMSTRUCT& tItem) const;
+
+ protected:
+  LRESULT OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) override;
+
+ private:
+  std::int32_t Ask(UINT uMsg, std::int32_t lArgument = 0) const;
+  void Show(std::int32_t lTop, std::int32_t lSelected);
+  void DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLine) const;
+
+  HFONT hFont;
+  const ListLines* pLines = nullptr;
+  int lColumn;  // width of a column in pixels
+};
+
+}  // namespace platform::win32
