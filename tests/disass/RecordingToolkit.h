@@ -20,18 +20,8 @@ using std::int16_t, std::int32_t, std::uint32_t, std::uint8_t, std::intptr_t, st
 using std::string, std::string_view, std::to_string, std::shared_ptr, std::exchange, std::size_t;
 using Action = std::function<void()>;
 
-/// Thrown where the program would end. No std::exception: nothing in the program may take it for an
-/// error of its own.
-struct ProgramEnded {
-  int32_t lStatus;
-};
-
-struct Box {
-  string sPrompt;
-  int32_t lStyle;
-  string sTitle;
-  bool operator==(const Box&) const = default;
-};
+/// A message box's prompt, style and title.
+using Box = std::tuple<string, int32_t, string>;
 
 struct MenuItem {
   string sCaption;
@@ -48,12 +38,16 @@ struct Script {
   }
   /// Runs fnEvent at the lNth next yield.
   void AtDoEvents(int32_t lNth, Action fnEvent) { colAtYield[lYields + lNth] = std::move(fnEvent); }
-  void Note(const string& sCall) { asLog.push_back(fnProbe ? sCall + fnProbe() : sCall); }
+  void Note(const string& sCall) {
+    const string sNow = fnProbe();
+    asLog.push_back(exchange(sState, sNow) == sNow ? sCall : sCall + ' ' + sNow);
+  }
   std::vector<Box> TakeBoxes() { return exchange(atBox, {}); }
   std::vector<string> TakeLog() { return exchange(asLog, {}); }
 
   std::deque<std::pair<int32_t, Action>> atAnswer;
-  std::function<string()> fnProbe;     ///< adds a state to each call written down
+  /// A state that is written down behind a call when it has changed.
+  std::function<string()> fnProbe = [] { return ""; };
   platform::FileDialogResult tChosen;  ///< how file dialogs end
   string sDialogAsked;                 ///< what the last one was asked for
   Action fnDuring = [] {};             ///< runs while a file dialog or pop-up menu is open
@@ -70,6 +64,7 @@ struct Script {
   std::map<std::pair<uint32_t, string>, WindowProc> colProp;
   std::vector<Box> atBox;
   std::vector<string> asLog;
+  string sState;
   std::map<int32_t, Action> colAtYield;
   int32_t lYields = 0;
   uint32_t hLastWindow = 0;
@@ -226,7 +221,7 @@ class Form final : public platform::Form, public std::enable_shared_from_this<Fo
                            to_string(tAsked.lFilterIndex) + ' ' + to_string(tAsked.lFlags) + ' ' +
                            to_string(tAsked.lMaxFileSize) + ' ' + string(tAsked.sFileName);
     exchange(tScript.fnDuring, [] {})();
-    return bGone ? platform::FileDialogResult{} : tScript.tChosen;
+    return tScript.tChosen;
   }
   void Unload() override {
     if (exchange(bClosing, true)) return;
@@ -340,10 +335,11 @@ class Toolkit final : public platform::Toolkit, public Script {
   void DoEvents() override {
     if (auto tEvent = colAtYield.extract(++lYields)) tEvent.mapped()();
   }
-  [[noreturn]] void EndProgram(int32_t lStatus) override { throw ProgramEnded{lStatus}; }
+  /// Throws the status. No std::exception: nothing in the program may take it for an error.
+  [[noreturn]] void EndProgram(int32_t lStatus) override { throw lStatus; }
   int32_t MessageBox(string_view sPrompt, int32_t lStyle, string_view sTitle) override {
     const shared_ptr<Form> pOwner = apHandling.back();
-    atBox.push_back({string(sPrompt), lStyle, string(sTitle)});
+    atBox.emplace_back(sPrompt, lStyle, sTitle);
     EXPECT_FALSE(atAnswer.empty()) << "unexpected message: " << sPrompt;
     if (atAnswer.empty()) return 1;
     const auto [lResult, fnMeanwhile] = std::move(atAnswer.front());

@@ -48,10 +48,19 @@ inline string ListingFault(const modDISListing::Listing& tListing, modALLDisass:
 
 /// Windows on a link whose other side the test plays.
 class WindowTest : public testing::Test {
+ public:
+  ~WindowTest() override {
+    while (!tToolkit.apForm.empty()) tToolkit.apForm.back()->Unload();
+    platform::UnmapNamedMemory(abRam);
+    platform::UnmapNamedMemory(reinterpret_cast<uint8_t*>(alControl));
+    for (const auto hEach : ahObject) platform::CloseSystemHandle(hEach);
+    test::SetEnvironment("TEMP", "");  // the next test's folder is not to lie in this one's
+  }
+
  protected:
   WindowTest() {
-    setenv("TEMP", tFolder.Path().c_str(), 1);
-    setenv("LOCALAPPDATA", tFolder.Path().c_str(), 1);
+    test::SetEnvironment("TEMP", tFolder.Path());
+    test::SetEnvironment("LOCALAPPDATA", tFolder.Path());
     for (size_t lValue = 1; lValue < asValue.size(); ++lValue) {
       asValue[lValue] = tFolder.Path("object," + to_string(lValue));
     }
@@ -64,13 +73,6 @@ class WindowTest : public testing::Test {
     std::filesystem::create_directory(tFolder.Path("VARNEL"));
     WriteConfig();
     modAllIni::IniLoad();
-  }
-  ~WindowTest() override {
-    while (!tToolkit.apForm.empty()) tToolkit.apForm.back()->Unload();
-    platform::UnmapNamedMemory(abRam);
-    platform::UnmapNamedMemory(reinterpret_cast<uint8_t*>(alControl));
-    for (const auto hEach : ahObject) platform::CloseSystemHandle(hEach);
-    unsetenv("TEMP");  // the next test's folder is not to lie in this one's
   }
   void WriteConfig(size_t lValues = 25) {
     string sText = asValue[0];

@@ -1,40 +1,37 @@
 // The in-place editor, what it asks and writes, and what may happen while it asks.
 
 #include <random>
+#include <sstream>
 
 #include "disass/WindowTest.h"
 #include "z80/modDISAsm.h"
 
 namespace {
 
-/// Message boxes by a code: "P3" the protection question about 3 bytes, "L12" the one about 2 bytes
+/// Message boxes by codes: "P3" the protection question about 3 bytes, "L12" the one about 2 bytes
 /// over 1, "E" the assembler's message about FOO.
 std::vector<Box> Boxes(const string& sCodes, const string& sAddress) {
   std::vector<Box> atBox;
-  const string sEnd = " byte(s)\r\n";
-  for (size_t lAt = 0; lAt < sCodes.size(); ++lAt) {
-    if (sCodes[lAt] == 'P') {
-      atBox.push_back(
-          {"One or more bytes that will be written are in protected RAM.\r\n\r\n"
-           "Start address: " +
-               sAddress + "\r\nWrite length: " + sCodes[lAt + 1] + sEnd +
-               "\r\nDo you confirm writing to RAM?",
-           308, "Varnel - Protected RAM warning"});
-    } else if (sCodes[lAt] == 'L') {
-      atBox.push_back(
-          {"The assembled instruction is longer than the current instruction.\r\n\r\n"
-           "Address: " +
-               sAddress + "\r\nCurrent length: " + sCodes[lAt + 1] + sEnd +
-               "New length: " + sCodes[lAt + 2] + sEnd +
-               "\r\nThis may overwrite bytes belonging to the following "
-               "instruction(s).\r\nDo you want to continue?",
-           308, "Varnel - Assembler warning"});
-    } else if (sCodes[lAt] == 'E') {
-      modDISAsm::AsmBytes tBytes;
-      string sError;
-      EXPECT_FALSE(modDISAsm::AsmAssemble("FOO", 0x8000, tBytes, sError));
-      atBox.push_back({sError, 48, "Varnel - Error"});
+  std::istringstream tCodes(sCodes);
+  for (string sCode; tCodes >> sCode;) {
+    modDISAsm::AsmBytes tBytes;
+    string sText;
+    modDISAsm::AsmAssemble("FOO", 0x8000, tBytes, sText);
+    string sTitle = "Error";
+    if (sCode[0] == 'P') {
+      sText =
+          "One or more bytes that will be written are in protected RAM.\r\n\r\nStart address: " +
+          sAddress + "\r\nWrite length: " + sCode[1] +
+          " byte(s)\r\n\r\nDo you confirm writing to RAM?";
+      sTitle = "Protected RAM warning";
+    } else if (sCode[0] == 'L') {
+      sText = "The assembled instruction is longer than the current instruction.\r\n\r\nAddress: " +
+              sAddress + "\r\nCurrent length: " + sCode[1] + " byte(s)\r\nNew length: " + sCode[2] +
+              " byte(s)\r\n\r\nThis may overwrite bytes belonging to the following instruction(s)."
+              "\r\nDo you want to continue?";
+      sTitle = "Assembler warning";
     }
+    atBox.emplace_back(sText, sCode == "E" ? 48 : 308, "Varnel - " + sTitle);
   }
   return atBox;
 }

@@ -46,6 +46,12 @@ TEST_F(WindowTest, ShowsAnAddress) {
     EXPECT_TRUE(lst.lTop == tCase.lTop && frm.pFocus == &lst) << lst.lTop;
     ExpectSound(frm);
   }
+  // A listed line below a start that was entered since.
+  frm.GoTo(TXT_START);
+  frm.Type("8500");
+  frm.GoTo(CHK_LONG);
+  Logic(frm).position(false, 0x8301);
+  EXPECT_EQ(Field(frm, TXT_START), "8301");
   // A view of one line, and a list that does not tell its lines' height: the form's "A" serves.
   List(frm, "8001", "9000");
   for (const auto& [lHeight, lPixels, lTop] : {std::tuple(440, 15, 256), {6255, 0, 256 - 6}}) {
@@ -99,9 +105,11 @@ TEST_F(WindowTest, AddressFieldsTakeWhatIsAnAddress) {
   tToolkit.Answer(OK, [&] { frmClosed.Unload(); });
   List(frmClosed, "8000", "7FFF");
   Edit(frm, 0xFF05);
-  frm.ControlOf(TXT_START).sText = "12";
-  frm.Deliver(&FormEvents::LostFocus, int16_t{TXT_START});
-  EXPECT_EQ(Field(frm, TXT_START), "12");
+  for (const int16_t iField : {TXT_START, TXT_END}) {
+    frm.ControlOf(iField).sText = "12";
+    frm.Deliver(&FormEvents::LostFocus, iField);
+    EXPECT_EQ(Field(frm, iField) + Editor(frm), "12FF05 NOP");
+  }
 }
 
 TEST_F(WindowTest, ListingSurvivesWhateverHappensMeanwhile) {
@@ -124,6 +132,7 @@ TEST_F(WindowTest, ListingSurvivesWhateverHappensMeanwhile) {
     pfrm->DoubleClick(LST_DIS, 0);
     pfrm->Click(LST_DIS, 2, 300, 300);
     pfrm->Key(ENTER);
+    EXPECT_EQ(tToolkit.sDialogAsked, "") << "half a listing is not to be saved";
     Logic(*pfrm).position(false, 0x7000);
   };
   const auto fnList = [&] {

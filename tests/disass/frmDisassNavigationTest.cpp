@@ -141,10 +141,6 @@ TEST_F(WindowTest, IconsLoadEachOnItsOwn) {
     EXPECT_TRUE(modALLUtility::SetFormIcon(&frm));
     EXPECT_EQ(std::ranges::count(tToolkit.TakeLog(), hBad == 1 ? "icon 1 is 2" : "icon 0 is 1"), 1);
   }
-  string sPath;
-  tToolkit.tChosen = {platform::FileDialogResult::Outcome::Chosen, "/x", 0, ""};
-  EXPECT_TRUE(modALLUtility::ShowFileDialog(frm, sPath, false, "A|*.a", -1, "name"));
-  EXPECT_EQ(sPath + ' ' + tToolkit.sDialogAsked, "/x open A|*.a 1 6145 32767 ");
 }
 
 }  // namespace

@@ -41,19 +41,6 @@ TEST(ListingLine, HasItsColumnsAndReadsBack) {
   EXPECT_EQ(BuildListingLine(abImage, 0x8000).lLength, 0x10000);
 }
 
-TEST(ListingChange, IsFoundAcrossTheTopOfMemory) {
-  const struct {
-    int32_t lLine, lLength, lChanged, lCount;
-    bool bTouched;
-  } atCase[] = {{0x8000, 3, 0x8002, 4, true},  {0x8000, 2, 0x8002, 4, false},
-                {0x8004, 1, 0x8000, 4, false}, {0x8000, 4, 0x8000, 0, false},
-                {0, 1, 0xFFFE, 3, true},       {1, 1, 0xFFFE, 3, false},
-                {0xFFFF, 2, 0, 1, true}};
-  for (const auto& [lLine, lLength, lChanged, lCount, bTouched] : atCase) {
-    EXPECT_EQ(LineTouchesChange(lLine, lLength, lChanged, lCount), bTouched) << lLine << lChanged;
-  }
-}
-
 /// Random writes under one range, with a view that only hears of changes.
 void EditAtRandom(int32_t lFirst, int32_t lLast, string_view sPool, int32_t lEdits) {
   std::mt19937 tRandom(static_cast<uint32_t>(lFirst + lLast));

@@ -1,5 +1,6 @@
 #include "disass/RecordingToolkit.h"
 #include "util/modALLHook.h"
+#include "util/modALLUtilityAddress.h"
 
 namespace {
 
@@ -21,22 +22,20 @@ TEST(ActivityHook, ReportsPressesToTheLatestWindowAndPassesAllOn) {
   InstallActivityHook(nullptr);
   EXPECT_EQ(tToolkit.fnMouseProc, nullptr);
   InstallActivityHook(frmFirst);
-  std::vector<std::uint32_t> auCounted;
-  for (std::uint32_t uMsg = 0; uMsg < 0x400; ++uMsg) {
+  std::string sCounted;
+  for (std::int32_t lMsg = 0; lMsg < 0x400; ++lMsg) {
     const int lBefore = frmFirst->lCalls;
-    EXPECT_EQ(tToolkit.fnMouseProc(0, uMsg, 5), 77 + 5 + static_cast<std::intptr_t>(uMsg));
-    EXPECT_EQ(tToolkit.fnMouseProc(3, uMsg, 5), 77 + 8 + static_cast<std::intptr_t>(uMsg));
-    if (frmFirst->lCalls > lBefore) auCounted.push_back(uMsg);
+    EXPECT_EQ(tToolkit.fnMouseProc(3, static_cast<std::uintptr_t>(lMsg), 5), 77 + 3 + lMsg + 5);
+    EXPECT_EQ(frmFirst->lCalls, lBefore) << "only peeked at";
+    EXPECT_EQ(tToolkit.fnMouseProc(0, static_cast<std::uintptr_t>(lMsg), 5), 77 + 0 + lMsg + 5);
+    if (frmFirst->lCalls > lBefore) sCounted += modALLUtility::Hex4(lMsg).substr(1) + ' ';
   }
-  EXPECT_EQ(auCounted,
-            (std::vector<std::uint32_t>{0xA1, 0xA3, 0xA4, 0xA6, 0xA7, 0xA9, 0xAB, 0xAD, 0x201,
-                                        0x203, 0x204, 0x206, 0x207, 0x209, 0x20B, 0x20D}));
+  EXPECT_EQ(sCounted, "0A1 0A3 0A4 0A6 0A7 0A9 0AB 0AD 201 203 204 206 207 209 20B 20D ");
   EXPECT_EQ(frmFirst->lCalls, 16);
   frmSecond->fnMouseProc = tToolkit.fnMouseProc;
   InstallActivityHook(frmSecond);
   for (int iTime = 0; iTime < 2; ++iTime) tToolkit.fnMouseProc(0, 0x204, 0);
-  EXPECT_EQ(frmSecond->lCalls, 2);
-  EXPECT_EQ(frmFirst->lCalls, 16);
+  EXPECT_EQ(frmFirst->lCalls * 100 + frmSecond->lCalls, 1602);
   frmSecond.reset();
   tToolkit.fnMouseProc(0, 0x201, 0);
   RemoveActivityHook();

@@ -23,8 +23,8 @@ TEST_F(WindowTest, PlacementIsReadFittedAndSaved) {
   };
   for (const auto& tCase : atCase) {
     SCOPED_TRACE(tCase.sKeys);
-    std::string sIni = std::string("[GENERAL]|") + tCase.sKeys;
-    for (std::size_t lAt = 0; (lAt = sIni.find('|')) != std::string::npos;) {
+    string sIni = string("[GENERAL]|") + tCase.sKeys;
+    for (size_t lAt = 0; (lAt = sIni.find('|')) != string::npos;) {
       sIni.replace(lAt, 1, "\r\nwindow_12_");
     }
     test::WriteFile(tFolder.Path("VARNEL/VARNEL.ini"), sIni);
