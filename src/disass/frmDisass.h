@@ -56,6 +56,7 @@ class frmDisass final : public platform::FormEvents,
   modALLForms::WindowMenu WindowMenuNumbers() const override;
   std::shared_ptr<modALLForms::Window> LoadNewInstance() override;
 
+  /// The listed lines and the address tables over them, for tests and measurements.
   const modDISListing::Listing& LinesAndMaps() const { return tListing; }
 
  private:
@@ -88,7 +89,7 @@ class frmDisass final : public platform::FormEvents,
   void ReleaseLink();
 
   // Address range: frmDisassRange.cpp.
-  std::int32_t AddressField_KeyPress(std::int32_t lCharacter) const;
+  static std::int32_t AddressField_KeyPress(std::int32_t lCharacter);
   void txtStart_LostFocus();
   void txtEnd_LostFocus();
   bool TakeAddress(platform::TextBox& txtField, std::int32_t& lAddress) const;
@@ -98,6 +99,7 @@ class frmDisass final : public platform::FormEvents,
   void ShowLine(std::int32_t lIndex);
   void SelectQuietly(std::int32_t lIndex);
   void EnsureListIndexVisible(std::int32_t lIndex);
+  double ListItemTwips() const;
   std::int32_t GetListItemHeight() const;
   std::int32_t VisibleLines() const;
   bool RefreshFromChange(std::int32_t lAddrChanged, std::int32_t lBytesChanged);
@@ -105,11 +107,12 @@ class frmDisass final : public platform::FormEvents,
   // In-place editor: frmDisassEditor.cpp.
   bool EditorOpen() const { return txtAsm->Visible(); }
   void OpenAsmEditor();
+  platform::TwipsRect EditorPlace(std::int32_t lLine) const;
   void CloseAsmEditor(bool bFocusList);
   void MoveAsmEditor(std::int32_t lDelta);
   void EditAtAddress(std::int32_t lAddress);
   void AssembleAndWrite();
-  bool ConfirmWrite(const std::string& sLine, std::int32_t lNew, std::int32_t lWrite);
+  bool ConfirmWrite(std::int32_t lNew, std::int32_t lCurrent, std::int32_t lWrite);
   void ReturnToEditor();
   void NotifyOtherWindows(std::int32_t lAddress, std::int16_t iCount);
   bool RangeHasProtectedByte(std::int32_t lAddress, std::int32_t lCount);
@@ -150,6 +153,7 @@ class frmDisass final : public platform::FormEvents,
   std::int32_t lEndAddr = 0;
   modDISListing::Listing tListing;
 
-  std::int32_t lEditAddr = 0;                                         // the line under the editor
+  std::int32_t lMenuAddr = 0;  // the line that the pop-up menu was opened on
+  std::int32_t lEditAddr = 0;  // the line under the editor
   std::array<std::uint8_t, modALLUtility::ADDRESS_SPACE> bProtMap{};  // non-zero: protected
 };

@@ -15,7 +15,7 @@ using modALLUtility::ShowMessage;
 
 namespace {
 
-// How far the editor reaches over its column: the list's border, and room for the editor's own.
+// Where a list's text begins, and room for the editor's own border.
 constexpr std::int32_t LIST_BORDER = 60;
 constexpr std::int32_t EXTRA_WIDTH = 90;
 constexpr std::int32_t EXTRA_HEIGHT = 60;
@@ -32,12 +32,8 @@ std::string Trimmed(const std::string& sText) {
              : sText.substr(lFirst, sText.find_last_not_of(' ') - lFirst + 1);
 }
 
-std::int32_t UpperCase(std::int32_t lCharacter) {
-  return lCharacter >= 'a' && lCharacter <= 'z' ? lCharacter - 'a' + 'A' : lCharacter;
-}
-
 bool SameText(std::string_view sLeft, std::string_view sRight) {
-  return std::ranges::equal(sLeft, sRight, {}, UpperCase, UpperCase);
+  return std::ranges::equal(sLeft, sRight, {}, modALLUtility::UpperCase, modALLUtility::UpperCase);
 }
 
 }  // namespace
@@ -62,7 +58,7 @@ bool frmDisass::txtAsm_KeyDown(std::int16_t iKeyCode) {
 }
 
 std::int32_t frmDisass::txtAsm_KeyPress(std::int32_t lCharacter) {
-  return lCharacter == KEY_ENTER ? 0 : UpperCase(lCharacter);
+  return lCharacter == KEY_ENTER ? 0 : modALLUtility::UpperCase(lCharacter);
 }
 
 void frmDisass::OpenAsmEditor() {
@@ -76,19 +72,24 @@ void frmDisass::OpenAsmEditor() {
   txtEnd->SetEnabled(false);
   cmdDisass->SetEnabled(false);
 
-  const std::int32_t lHeight = GetListItemHeight();
-  const platform::TwipsRect tList = lstDis->Place();
   txtAsm->SetText(modDISListing::LineInstruction(sLine));
-  txtAsm->Move(
-      {.lLeft = tList.lLeft + LIST_BORDER +
-                GetListTextWidth(sLine.substr(0, modDISListing::INSTRUCTION_COLUMN)),
-       .lTop = tList.lTop + (lLine - lstDis->TopIndex()) * lHeight,
-       .lWidth = GetListTextWidth(std::string(modDISListing::INSTRUCTION_WIDTH, ' ')) + EXTRA_WIDTH,
-       .lHeight = lHeight + EXTRA_HEIGHT});
+  txtAsm->Move(EditorPlace(lLine));
   modDISListFollow::StartListFollow(lstDis->WindowHandle(), this);
   txtAsm->SetVisible(true);
   txtAsm->BringToFront();
   ReturnToEditor();
+}
+
+/// The place over exactly the instruction column of a line.
+platform::TwipsRect frmDisass::EditorPlace(std::int32_t lLine) const {
+  const platform::TwipsRect tList = lstDis->Place();
+  const double dTop = (lLine - lstDis->TopIndex()) * ListItemTwips();
+  return {
+      .lLeft = tList.lLeft + LIST_BORDER - lstDis->LeftOffset() +
+               GetListTextWidth(tListing.Line(lLine).substr(0, modDISListing::INSTRUCTION_COLUMN)),
+      .lTop = tList.lTop + static_cast<std::int32_t>(std::nearbyint(dTop)),
+      .lWidth = GetListTextWidth(std::string(modDISListing::INSTRUCTION_WIDTH, ' ')) + EXTRA_WIDTH,
+      .lHeight = GetListItemHeight() + EXTRA_HEIGHT};
 }
 
 void frmDisass::CloseAsmEditor(bool bFocusList) {
@@ -120,9 +121,7 @@ void frmDisass::DisassEditFollowListScroll() {
     CloseAsmEditor(true);
     return;
   }
-  platform::TwipsRect tPlace = txtAsm->Place();
-  tPlace.lTop = lstDis->Place().lTop + lRow * GetListItemHeight();
-  txtAsm->Move(tPlace);
+  txtAsm->Move(EditorPlace(lLine));
 }
 
 void frmDisass::MoveAsmEditor(std::int32_t lDelta) {
@@ -173,7 +172,7 @@ void frmDisass::AssembleAndWrite() {
       return;
     }
     lWrite = std::max<std::int32_t>(tBytes.iLength, lCurrent);
-    if (!ConfirmWrite(sLine, tBytes.iLength, lWrite)) {
+    if (!ConfirmWrite(tBytes.iLength, lCurrent, lWrite)) {
       return;
     }
     // A shorter instruction is filled up with NOPs (00H), so that the next one stays where it is.
@@ -195,20 +194,23 @@ void frmDisass::AssembleAndWrite() {
   }
 }
 
-/// Asks what has to be asked before lWrite bytes are written over the edited line's; false when
-/// nothing may be written.
-bool frmDisass::ConfirmWrite(const std::string& sLine, std::int32_t lNew, std::int32_t lWrite) {
+/// Asks what has to be asked before the edited line's lCurrent bytes are replaced by lNew, lWrite
+/// bytes being written; false when nothing may be written.
+bool frmDisass::ConfirmWrite(std::int32_t lNew, std::int32_t lCurrent, std::int32_t lWrite) {
   const std::int32_t lAddress = lEditAddr;
-  const std::int32_t lCurrent = modDISListing::CountLineBytes(sLine);
+  const std::string sLine(tListing.Line(lstDis->SelectedIndex()));
+  const std::string sTyped = txtAsm->Text();
   const auto fnAsk = [&](const std::string& sQuestion, std::string_view sTitle) {
     const bool bYes = ShowMessage(sQuestion,
                                   modALLUtility::MSG_YES_NO + modALLUtility::MSG_EXCLAMATION +
                                       modALLUtility::MSG_DEFAULT_BUTTON_2,
                                   sTitle) == modALLUtility::MSG_RESULT_YES;
-    // While the question was open, the editor may have been closed or moved, or its line may have
-    // become another instruction. The answer was about what the question named, so it is void.
+    // While the question was open, the editor may have been closed or moved, its line may have
+    // become another instruction, or other text may have been typed (an answer waits while another
+    // window asks, too). The answer was about what the question named, so it is void.
     const std::int32_t lNow = bUnloaded ? -1 : tListing.LineStartingAt(lAddress);
-    if (lNow < 0 || !EditorOpen() || lEditAddr != lAddress || tListing.Line(lNow) != sLine) {
+    if (lNow < 0 || !EditorOpen() || lEditAddr != lAddress || tListing.Line(lNow) != sLine ||
+        txtAsm->Text() != sTyped) {
       return false;
     }
     if (!bYes) {

@@ -123,7 +123,10 @@ void frmDisass::tmrEvent_Timer() {
 
 void frmDisass::Form_QueryUnload() {
   bUnloaded = true;
-  modDISListFollow::StopListFollow(lstDis->WindowHandle());
+  if (lstDis != nullptr) {  // else the load broke off at once
+    modDISListFollow::StopListFollow(lstDis->WindowHandle());
+    lstDis->SetLines(nullptr);
+  }
   modALLForms::UnregisterWindow(this);
   // A refused window comes here last, too, when all others were closed over its message: releasing
   // the link again does nothing.

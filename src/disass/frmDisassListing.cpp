@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 #include "disass/frmDisass.h"
 #include "link/modALLSharedMap.h"
@@ -13,12 +12,9 @@ using modALLUtility::Hex4;
 
 namespace {
 
-constexpr std::int32_t SHOWN_LENGTH = 0x2000;
-
 void TakeMemoryImage() {
-  const auto pRamImage = std::make_unique<modALLDisass::MemoryImage>();
-  modALLSharedMap::CopyRamImage(*pRamImage);
-  modDISListing::RefreshMemoryImage(*pRamImage);
+  modALLSharedMap::CopyRamImage(abMemoryImage);
+  ++modDISListing::lMemoryImageVersion;
 }
 
 }  // namespace
@@ -51,7 +47,7 @@ void frmDisass::esegue_disass() {
 /// memory image (another window listed anew or wrote an instruction), the lines so far were decoded
 /// from other bytes than those to come, and all begins again.
 void frmDisass::FillListing() {
-  std::uint32_t lVersion = modDISListing::MemoryImageVersion();
+  std::uint32_t lVersion = modDISListing::lMemoryImageVersion;
   tListing.Clear(lStartAddr, lEndAddr);
   for (std::int32_t lAddress = lStartAddr; lAddress <= lEndAddr;) {
     modDISListing::BuiltLine tBuilt = modDISListing::BuildListingLine(abMemoryImage, lAddress);
@@ -61,8 +57,8 @@ void frmDisass::FillListing() {
     if (bUnloaded) {
       return;
     }
-    if (lVersion != modDISListing::MemoryImageVersion()) {
-      lVersion = modDISListing::MemoryImageVersion();
+    if (lVersion != modDISListing::lMemoryImageVersion) {
+      lVersion = modDISListing::lMemoryImageVersion;
       tListing.Clear(lStartAddr, lEndAddr);
       lAddress = lStartAddr;
     }
@@ -82,17 +78,21 @@ void frmDisass::position(const bool& bForceDisass, std::int32_t lAddrToShow) {
   txtEnd->SetEnabled(false);
   frmForm->SetTimerEnabled(false);
 
-  const std::int32_t lAddress =
+  std::int32_t lAddress =
       lAddrToShow < 0 ? modALLSharedMap::ReadControlField(modALLSharedMap::ControlField::ShowAddr)
                       : lAddrToShow;
   // A number that is no Z80 address is ignored: nothing moves, and a forced listing shows its
-  // first line.
-  const bool bAddress = lAddress >= 0 && lAddress < ADDRESS_SPACE;
+  // first line. A window that lists nothing yet begins at the start of memory.
+  bool bAddress = lAddress >= 0 && lAddress < ADDRESS_SPACE;
+  if (!bAddress && tListing.LineCount() == 0) {
+    lAddress = 0;
+    bAddress = true;
+  }
   const bool bShown =
       bAddress && tListing.IsLineStart(lAddress) && lAddress >= lStartAddr && lAddress <= lEndAddr;
   if (!bForceDisass && bAddress && !bShown) {
     lStartAddr = lAddress;
-    lEndAddr = std::min(lAddress + SHOWN_LENGTH, ADDRESS_SPACE - 1);
+    lEndAddr = std::min(lAddress + modDISListing::USUAL_LENGTH, ADDRESS_SPACE - 1);
     txtStart->SetText(Hex4(lStartAddr));
     txtEnd->SetText(Hex4(lEndAddr));
     esegue_disass();
@@ -141,18 +141,21 @@ void frmDisass::EnsureListIndexVisible(std::int32_t lIndex) {
   }
 }
 
-/// The height of one line in twips.
-std::int32_t frmDisass::GetListItemHeight() const {
+/// The height of one line in twips, exactly ...
+double frmDisass::ListItemTwips() const {
   const std::int32_t lPixels = lstDis->ItemHeightPixels();
-  const double dTwips =
-      lPixels < 1 ? frmForm->TextHeight("A") : lPixels * platform::TheToolkit().TwipsPerPixelY();
-  return static_cast<std::int32_t>(std::nearbyint(dTwips));
+  return lPixels < 1 ? frmForm->TextHeight("A") : lPixels * platform::TheToolkit().TwipsPerPixelY();
+}
+
+/// ... and rounded.
+std::int32_t frmDisass::GetListItemHeight() const {
+  return static_cast<std::int32_t>(std::nearbyint(ListItemTwips()));
 }
 
 /// How many lines the list shows, at least 1.
 std::int32_t frmDisass::VisibleLines() const {
   const std::int32_t lHeight = GetListItemHeight();
-  return lHeight > 0 ? std::max(lstDis->Place().lHeight / lHeight, 1) : 1;
+  return lHeight > 0 ? std::max(lstDis->InnerHeight() / lHeight, 1) : 1;
 }
 
 /// Brings the listing, its tables and the list up to date after a change that is already in the

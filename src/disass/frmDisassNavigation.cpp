@@ -10,7 +10,7 @@
 namespace {
 
 constexpr std::int16_t RIGHT_BUTTON = 2;
-constexpr std::int32_t ENTER = 13;
+constexpr std::int32_t ENTER = 13;  // as a character
 
 }  // namespace
 
@@ -49,6 +49,7 @@ void frmDisass::lstDis_MouseUp(std::int16_t iButton, double dX, double dY) {
     return;
   }
   lstDis->SetSelectedIndex(lLine);
+  lMenuAddr = modDISListing::LineAddress(tListing.Line(lLine));
   frmForm->ShowPopupMenu(frmDisassDesign::MNU_DIS_POPUP);
 }
 
@@ -63,11 +64,13 @@ std::int32_t frmDisass::ListIndexFromPoint(double dX, double dY) const {
 }
 
 void frmDisass::mnuSetBreakpoint_Click() {
+  // While the menu was open, the emulator may have asked for another address, whose line is
+  // selected since: the command was meant for the line under the menu.
   const std::int32_t lLine = lstDis->SelectedIndex();
-  if (lLine < 0 || lLine >= tListing.LineCount()) {
+  if (lLine < 0 || lLine >= tListing.LineCount() ||
+      modDISListing::LineAddress(tListing.Line(lLine)) != lMenuAddr) {
     return;
   }
-  modALLSharedMap::WriteControlField(modALLSharedMap::ControlField::BreakpointAddr,
-                                     modDISListing::LineAddress(tListing.Line(lLine)));
+  modALLSharedMap::WriteControlField(modALLSharedMap::ControlField::BreakpointAddr, lMenuAddr);
   modALLProcess::SignalEvent(modALLProcess::hBreakpointEvent);
 }

@@ -11,16 +11,14 @@ using modALLUtility::Hex4;
 namespace {
 
 constexpr std::int32_t BACKSPACE = 8;
-constexpr std::int32_t PROPOSED_LENGTH = 0x2000;
 
 }  // namespace
 
-std::int32_t frmDisass::AddressField_KeyPress(std::int32_t lCharacter) const {
+std::int32_t frmDisass::AddressField_KeyPress(std::int32_t lCharacter) {
   if (lCharacter == BACKSPACE) {
     return lCharacter;
   }
-  const std::int32_t lUpper =
-      lCharacter >= 'a' && lCharacter <= 'z' ? lCharacter - 'a' + 'A' : lCharacter;
+  const std::int32_t lUpper = modALLUtility::UpperCase(lCharacter);
   const bool bDigit = (lUpper >= '0' && lUpper <= '9') || (lUpper >= 'A' && lUpper <= 'F');
   return bDigit ? lUpper : 0;
 }
@@ -41,7 +39,7 @@ void frmDisass::txtStart_LostFocus() {
   if (EditorOpen() || !txtStart->Enabled() || !TakeAddress(*txtStart, lStartAddr)) {
     return;
   }
-  txtEnd->SetText(Hex4(std::min(lStartAddr + PROPOSED_LENGTH, ADDRESS_SPACE - 1)));
+  txtEnd->SetText(Hex4(std::min(lStartAddr + modDISListing::USUAL_LENGTH, ADDRESS_SPACE - 1)));
 }
 
 void frmDisass::txtEnd_LostFocus() {

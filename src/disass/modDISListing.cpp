@@ -16,8 +16,6 @@ constexpr std::size_t ADDRESS_DIGITS = 4;
 constexpr std::size_t BYTES_COLUMN = 5;
 constexpr std::size_t CHARACTERS_COLUMN = INSTRUCTION_COLUMN + INSTRUCTION_WIDTH + 1;
 
-std::uint32_t lImageVersion = 0;
-
 std::size_t Index(std::int32_t lValue) { return static_cast<std::size_t>(lValue); }
 
 }  // namespace
@@ -95,16 +93,8 @@ std::string CompleteAddress(std::string_view sText) {
       sText.find_first_not_of("0123456789ABCDEFabcdef") != std::string_view::npos) {
     return {};
   }
-  std::string sDigits = std::string(ADDRESS_DIGITS - sText.size(), '0').append(sText);
-  std::ranges::transform(sDigits, sDigits.begin(), [](char bDigit) {
-    return static_cast<char>(bDigit >= 'a' ? bDigit - 'a' + 'A' : bDigit);
-  });
-  return sDigits;
-}
-
-void RefreshMemoryImage(modALLDisass::ImageView abRamImage) {
-  std::ranges::copy(abRamImage, modALLDisass::abMemoryImage.begin());
-  ++lImageVersion;
+  return modALLUtility::Hex4(
+      LineAddress(std::string(ADDRESS_DIGITS - sText.size(), '0').append(sText)));
 }
 
 void WriteMemoryImage(std::int32_t lAddress, std::span<const std::uint8_t> abBytes) {
@@ -112,10 +102,8 @@ void WriteMemoryImage(std::int32_t lAddress, std::span<const std::uint8_t> abByt
     modALLDisass::abMemoryImage[Index(lAddress)] = bValue;
     lAddress = AddrAdd(lAddress, 1);
   }
-  ++lImageVersion;
+  ++lMemoryImageVersion;
 }
-
-std::uint32_t MemoryImageVersion() { return lImageVersion; }
 
 void Listing::Clear(std::int32_t lRangeStart, std::int32_t lRangeEnd) {
   lFirstAddr = lRangeStart;
@@ -157,7 +145,7 @@ std::int32_t Listing::LineAtOrBelow(std::int32_t lAddress) const {
 Listing::Replaced Listing::RefreshFromAddress(modALLDisass::ImageView abImage,
                                               std::int32_t lAddress, std::int32_t lLastChanged) {
   const std::int32_t lFirst = LineStartingAt(lAddress);
-  if (lFirst < 0 || !InRange(lAddress)) {
+  if (lFirst < 0) {
     return {};
   }
 
@@ -224,9 +212,10 @@ std::vector<Listing::Replaced> Listing::RefreshChanged(modALLDisass::ImageView a
   }
   fnRefresh(lChanged, std::min(lEnd, ADDRESS_SPACE - 1));
   // The last line may show bytes from the other end of the address space.
-  const std::int32_t lLastLine = LineAddress(Line(LineCount() - 1));
-  if (BuildListingLine(abImage, lLastLine).sLine != Line(LineCount() - 1)) {
-    atReplaced.push_back(RefreshFromAddress(abImage, lLastLine, ADDRESS_SPACE - 1));
+  const std::string_view sLast = Line(LineCount() - 1);
+  const std::int32_t lWrapped = LineAddress(sLast) + LineLength(sLast) - ADDRESS_SPACE;
+  if (lChanged < lWrapped || (lEnd >= ADDRESS_SPACE && lWrapped > 0)) {
+    atReplaced.push_back(RefreshFromAddress(abImage, LineAddress(sLast), ADDRESS_SPACE - 1));
   }
   return atReplaced;
 }

@@ -23,6 +23,9 @@ namespace modDISListing {
 inline constexpr std::int32_t INSTRUCTION_COLUMN = 21;  ///< characters before the instruction
 inline constexpr std::int32_t INSTRUCTION_WIDTH = 19;
 
+/// How far behind its start a range ends unless the user says otherwise.
+inline constexpr std::int32_t USUAL_LENGTH = 0x2000;
+
 /// A built line and how many bytes its instruction takes (1 or more).
 struct BuiltLine {
   std::string sLine;
@@ -57,15 +60,12 @@ bool LineTouchesChange(std::int32_t lLine, std::int32_t lLength, std::int32_t lC
 /// when the text is no hexadecimal number of up to four digits.
 std::string CompleteAddress(std::string_view sText);
 
-/// Takes a whole new copy of the emulated memory into the decoder's memory image.
-void RefreshMemoryImage(modALLDisass::ImageView abRamImage);
-
 /// Writes bytes into the decoder's memory image from lAddress on, from FFFFH on to 0000H.
 void WriteMemoryImage(std::int32_t lAddress, std::span<const std::uint8_t> abBytes);
 
 /// Counts the changes of the decoder's memory image, so that a listing in the making sees that
 /// another window has changed what its lines were decoded from.
-std::uint32_t MemoryImageVersion();
+inline std::uint32_t lMemoryImageVersion = 0;
 
 /// The lines of one window and, for every address, which line covers it.
 class Listing : public platform::ListLines {

@@ -80,8 +80,9 @@ struct FormDesign {
 
 // ---- Controls -----------------------------------------------------------------------------------
 
-/// What all controls have. Enabling, focus and visibility raise the focus events that a user's
-/// own actions would raise.
+/// What all controls have. Focus events come from the event loop, after the handler that caused
+/// them. A control that is disabled or hidden under the focus was not left by the user and raises
+/// no LostFocus; the focus goes to the form's list box, where no key can do harm, or to nobody.
 class Control {
  public:
   virtual ~Control() = default;
@@ -131,6 +132,10 @@ class ListBox : public virtual Control {
   /// Selects a line, without scrolling, and raises Click like a user's selection; -1 selects none.
   virtual void SetSelectedIndex(std::int32_t lIndex) = 0;
   virtual std::int32_t TopIndex() const = 0;  ///< the first visible line
+  /// How far the lines are scrolled sideways, in twips: what of them lies left of the list.
+  virtual std::int32_t LeftOffset() const = 0;
+  /// The height of the part that shows whole lines, in twips: without borders and scroll bar.
+  virtual std::int32_t InnerHeight() const = 0;
   /// Scrolls a line to the top, or as far up as the end of the list allows.
   virtual void SetTopIndex(std::int32_t lIndex) = 0;
   virtual std::int32_t ItemHeightPixels() const = 0;  ///< LB_GETITEMHEIGHT; below 1: unknown

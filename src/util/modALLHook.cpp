@@ -7,7 +7,11 @@ namespace modALLHook {
 namespace {
 
 std::uint32_t hActivityHook = 0;
-std::weak_ptr<ActivityTarget> frmHookTarget;  // the window most recently loaded or activated
+
+// The window most recently loaded or activated. It is kept when it closes, so that a press in
+// another window that comes before that one's activation is reported, too.
+std::shared_ptr<ActivityTarget> frmHookTarget;
+
 bool bInActivityCall = false;
 
 void NotifyUserActivity(ActivityTarget* frm) {
@@ -22,7 +26,7 @@ void NotifyUserActivity(ActivityTarget* frm) {
 std::intptr_t ActivityMouseProc(std::int32_t nCode, std::uintptr_t wParam, std::intptr_t lParam) {
   // A code other than 0 is a message that is only being peeked at and will come again.
   if (nCode == 0 && IsActivityMessage(wParam)) {
-    NotifyUserActivity(frmHookTarget.lock().get());
+    NotifyUserActivity(frmHookTarget.get());
   }
   bInActivityCall = false;
   return platform::TheToolkit().CallNextHook(hActivityHook, nCode, wParam, lParam);

@@ -27,4 +27,10 @@ std::string Hex4(std::int32_t lValue);
 /// @param lNibble  0 to 15
 constexpr char HexDigit(std::uint32_t lNibble) { return "0123456789ABCDEF"[lNibble & 0xFU]; }
 
+/// The upper-case form of an ASCII letter; any other character code as it is, for neither
+/// hexadecimal digits nor instructions have other letters.
+constexpr std::int32_t UpperCase(std::int32_t lCharacter) {
+  return lCharacter >= 'a' && lCharacter <= 'z' ? lCharacter - 'a' + 'A' : lCharacter;
+}
+
 }  // namespace modALLUtility

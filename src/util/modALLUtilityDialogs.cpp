@@ -1,6 +1,7 @@
 #include "util/modALLUtilityDialogs.h"
 
-#include "config/modALLProcessError.h"
+#include <exception>
+
 #include "config/modALLProcessFolders.h"
 #include "link/modALLSharedMap.h"
 #include "platform/Environment.h"
@@ -44,7 +45,7 @@ bool SetFormIcon(platform::Form* frm) {
     const bool bSmall = SetIcon(*frm, sPath, platform::IconKind::Small, 16);
     const bool bBig = SetIcon(*frm, sPath, platform::IconKind::Big, 32);
     return bSmall || bBig;
-  } catch (const modALLProcess::RuntimeError&) {
+  } catch (const std::exception&) {
     return false;
   }
 }

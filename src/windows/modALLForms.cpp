@@ -46,6 +46,16 @@ std::int32_t LowestSlot(bool bOccupied) {
 
 std::int32_t FreeWindowSlot() { return LowestSlot(false); }
 
+/// Runs a step whose errors are ignored: a caption or menu that cannot be made, as when memory runs
+/// out, is not to end sixteen windows.
+template <typename Step>
+void IgnoringErrors(Step fnStep) {
+  try {
+    fnStep();
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
+  }
+}
+
 void FixCurrentWindow() {
   if (!IsOccupied(lActiveWindow)) {
     lActiveWindow = LowestSlot(true);
@@ -90,14 +100,14 @@ void UpdateWindowMenu(Window& frm) {
 void UpdateWindowMenus() {
   for (std::int32_t lSlot = 0; lSlot < MAX_WINDOWS; ++lSlot) {
     if (IsOccupied(lSlot)) {
-      UpdateWindowMenu(*afrmWindow[Slot(lSlot)]);
+      IgnoringErrors([=] { UpdateWindowMenu(*afrmWindow[Slot(lSlot)]); });
     }
   }
 }
 
 void RefreshWindows() {
   FixCurrentWindow();
-  UpdateWindowCaptions();
+  IgnoringErrors(UpdateWindowCaptions);
   UpdateWindowMenus();
 }
 
@@ -165,7 +175,7 @@ void ActivateWindowSlot(std::int16_t iIndex) {
     return;
   }
   lActiveWindow = iIndex;
-  BringWindowToFront(*afrmWindow[Slot(iIndex)]);
+  IgnoringErrors([=] { BringWindowToFront(*afrmWindow[Slot(iIndex)]); });
   UpdateWindowMenus();
 }
 
@@ -174,24 +184,20 @@ bool OpenNewWindow(Window* frm, std::int32_t lDx, std::int32_t lDy) {
   if (frm == nullptr || WindowCount() == MAX_WINDOWS) {
     return false;
   }
-  const platform::FormPlace tCaller = frm->WindowForm().Place();
-  std::shared_ptr<Window> frmNew;
   try {
-    frmNew = frm->LoadNewInstance();
+    const platform::FormPlace tCaller = frm->WindowForm().Place();
+    const std::shared_ptr<Window> frmNew = frm->LoadNewInstance();
+    frmNew->WindowForm().Show();
+    // Showing lets events run; the user may have closed the window again.
+    if (FindWindowSlot(frmNew.get()) >= 0) {
+      frmNew->WindowForm().SetLeft(tCaller.dLeft + lDx);
+      frmNew->WindowForm().SetTop(tCaller.dTop + lDy);
+      IgnoringErrors([&] { BringWindowToFront(*frmNew); });
+    }
+    return true;
   } catch (const std::exception&) {
     return false;
   }
-  if (frmNew == nullptr) {
-    return false;
-  }
-  frmNew->WindowForm().Show();
-  // Showing lets events run; the user may have closed the window again.
-  if (FindWindowSlot(frmNew.get()) >= 0) {
-    frmNew->WindowForm().SetLeft(tCaller.dLeft + lDx);
-    frmNew->WindowForm().SetTop(tCaller.dTop + lDy);
-    BringWindowToFront(*frmNew);
-  }
-  return true;
 }
 
 std::int32_t WindowCount() {

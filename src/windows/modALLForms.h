@@ -26,7 +26,7 @@ class Window {
   virtual ~Window() = default;
   virtual platform::Form& WindowForm() = 0;
   virtual WindowMenu WindowMenuNumbers() const = 0;
-  /// Loads another window of the same class, unseen; nullptr when that fails.
+  /// Loads another window of the same class, unseen; throws when that fails.
   virtual std::shared_ptr<Window> LoadNewInstance() = 0;
 };
 

@@ -124,6 +124,8 @@ class Form final : public platform::Form, public std::enable_shared_from_this<Fo
     void SetTopIndex(int32_t lIndex) override {
       lTop = std::clamp(lIndex, 0, std::max(Lines() - tPlace.lHeight / 225, 0));
     }
+    int32_t LeftOffset() const override { return lLeftOffset; }
+    int32_t InnerHeight() const override { return tPlace.lHeight; }
     int32_t ItemHeightPixels() const override { return lItemPixels; }
     uint32_t ItemFromPoint(int32_t lXPixels, int32_t lYPixels) const override {
       const int32_t lRow = lTop + lYPixels / lItemPixels;
@@ -143,14 +145,14 @@ class Form final : public platform::Form, public std::enable_shared_from_this<Fo
     TwipsRect tPlace;
     string sText;
     std::vector<string> asShown;  ///< the lines as a view has them that only hears of changes
-    int32_t lItemPixels = 15, lSelected = -1, lTop = 0;
+    int32_t lItemPixels = 15, lSelected = -1, lTop = 0, lLeftOffset = 0;
 
    private:
     void Note(const char* sCall) const { frm.Note(sCall + string(tDesign.sName)); }
     void Use(bool& bField, bool bNew, const char* sCall) {
       Note(sCall);
       bField = bNew;
-      if (frm.pFocus == this && !Usable()) frm.MoveFocus(nullptr);
+      if (frm.pFocus == this && !Usable()) frm.pFocus = nullptr;
     }
 
     Form& frm;

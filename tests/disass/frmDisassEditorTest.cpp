@@ -150,6 +150,7 @@ TEST_F(WindowTest, AnswersHoldOnlyForWhatWasAsked) {
       {"a tick", [&] { pfrm->Tick(); }, true, true},
       {"a show request", fnShow(0xF000), false, false},
       {"one for a listed line", fnShow(0xFF06), false, false},
+      {"other text", [&] { pfrm->ControlOf(TXT_ASM).sText = "RET"; }, false, true},
       {"a change of the line", fnWrite(0xFF04, "RST 38H"), false, true},
       {"a change that swallows it", fnWrite(0xFF03, "JP 1234"), false, false},
       {"a change behind it", fnWrite(0xFF07, "RST 38H"), true, true},

@@ -46,7 +46,8 @@ TEST_F(WindowTest, FirstWindowStartsAndEndsInOrder) {
   tToolkit.TakeLog();
   frm.tPlace = {122.5, -123.5, 123.5, 6375};
   frm.Unload();
-  EXPECT_EQ(tToolkit.TakeLog(), (Log{"plain list", "hook off 032/12", "place asked 000/0"}));
+  EXPECT_EQ(tToolkit.TakeLog(),
+            (Log{"plain list", "clear lstDis", "hook off 032/12", "place asked 000/0"}));
   EXPECT_TRUE(platform::WaitNamedEvent(hProgram));
   EXPECT_FALSE(platform::WaitNamedEvent(hShow) || platform::WaitNamedEvent(hBreakpoint));
   EXPECT_EQ(test::ReadFile(sIni),

@@ -46,6 +46,7 @@ TEST_F(WindowTest, ShowsAnAddress) {
     EXPECT_TRUE(lst.lTop == tCase.lTop && frm.pFocus == &lst) << lst.lTop;
     ExpectSound(frm);
   }
+  EXPECT_EQ(Field(Open(0x18000), TXT_END), "2000") << "nothing listed yet: from 0000 on";
   // A listed line below a start that was entered since.
   frm.GoTo(TXT_START);
   frm.Type("8500");

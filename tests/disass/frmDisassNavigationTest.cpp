@@ -52,6 +52,11 @@ TEST_F(WindowTest, GesturesOnTheListing) {
   frm.Click(LST_DIS, 2, 100, fnRow(0));
   EXPECT_EQ(tToolkit.TakeLog(), (std::vector<string>{"select in lstDis", "pop-up Disassembler"}));
   EXPECT_TRUE(alControl[3] == 0xC000 && platform::WaitNamedEvent(hBreakpoint));
+  // The line under the menu is not the selected one any more.
+  tToolkit.fnDuring = [&] { RequestShow(0xC004), frm.Tick(), frm.PickMenu(MNU_SET_BREAKPOINT); };
+  frm.Click(LST_DIS, 2, 100, fnRow(0));
+  EXPECT_EQ(Selected(frm) + (platform::WaitNamedEvent(hBreakpoint) ? " set" : ""), "C004");
+  lst.SetSelectedIndex(0);
   frm.Type("a");
   EXPECT_EQ(Editor(frm), "");
   frm.Key(ENTER);

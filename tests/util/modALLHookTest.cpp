@@ -36,8 +36,11 @@ TEST(ActivityHook, ReportsPressesToTheLatestWindowAndPassesAllOn) {
   InstallActivityHook(frmSecond);
   for (int iTime = 0; iTime < 2; ++iTime) tToolkit.fnMouseProc(0, 0x204, 0);
   EXPECT_EQ(frmFirst->lCalls * 100 + frmSecond->lCalls, 1602);
+  // A press that comes before the next window's activation is reported by the one that closed.
+  const Target& frmClosed = *frmSecond;
   frmSecond.reset();
   tToolkit.fnMouseProc(0, 0x201, 0);
+  EXPECT_EQ(frmClosed.lCalls, 3);
   RemoveActivityHook();
   RemoveActivityHook();
   EXPECT_EQ(tToolkit.TakeLog(), (std::vector<std::string>{"hook on", "hook off"}));

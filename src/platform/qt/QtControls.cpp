@@ -66,6 +66,9 @@ std::int32_t ControlCharacter(const QKeyEvent& tKey) {
   return iKey == VK_BACK || iKey == VK_RETURN || iKey == VK_ESCAPE ? iKey : 0;
 }
 
+/// The reason of a change of focus that the user did not make.
+constexpr Qt::FocusReason FOCUS_YIELDED = Qt::NoFocusReason;
+
 /// Sends a control's focus changes and keys to the form's logic before the widget acts on them.
 class ControlEvents final : public QObject {
  public:
@@ -91,13 +94,15 @@ class ControlEvents final : public QObject {
 
  private:
   /// A focus that goes to another window, a menu or a pop-up and comes back is no event; but while
-  /// it is away, as in a message box, the program may give it to another control.
+  /// it is away, as in a message box, the program may give it to another control. Nor is one that
+  /// the program took away.
   void ReportFocus(const QFocusEvent& tFocus) {
     const bool bAway = tFocus.reason() == Qt::ActiveWindowFocusReason ||
                        tFocus.reason() == Qt::PopupFocusReason ||
                        tFocus.reason() == Qt::MenuBarFocusReason;
     const bool bOther = tFocus.gotFocus() && frm.NoteFocus(iControl) != iControl;
     if (bAway && !bOther) return;
+    if (tFocus.lostFocus() && tFocus.reason() == FOCUS_YIELDED) return;
     frm.Post([bGot = tFocus.gotFocus(), iOwn = iControl](FormEvents& tEvents) {
       bGot ? tEvents.GotFocus(iOwn) : tEvents.LostFocus(iOwn);
     });
@@ -267,12 +272,25 @@ BuiltControl BuildKind(QtForm& frm, QWidget& tParent, const ControlDesign& tDesi
 
 }  // namespace
 
+void YieldFocus(QWidget& tWidget) {
+  if (tWidget.window()->focusWidget() != &tWidget) return;
+  QWidget* const pClient = tWidget.parentWidget();
+  QWidget* const lst = pClient->findChild<QListView*>();
+  const bool bList =
+      lst != nullptr && lst != &tWidget && lst->isEnabled() && lst->isVisibleTo(pClient);
+  (bList ? lst : pClient)->setFocus(FOCUS_YIELDED);
+}
+
 BuiltControl BuildControl(QtForm& frm, QWidget& tParent, const ControlDesign& tDesign,
                           const ControlFonts& tFonts) {
   BuiltControl tBuilt = BuildKind(frm, tParent, tDesign, tFonts);
   if (tDesign.eKind == ControlKind::Label) return tBuilt;
   tBuilt.pWidget->setAccessibleName(TextOf(tDesign.sCaption));
-  tBuilt.pWidget->setFocusPolicy(tDesign.iTabOrder < 0 ? Qt::ClickFocus : Qt::StrongFocus);
+  // A list's scroll bars leave the focus where it is: its lines take it themselves.
+  const bool bList = tDesign.eKind == ControlKind::ListBox;
+  tBuilt.pWidget->setFocusPolicy(tDesign.iTabOrder < 0 ? Qt::ClickFocus
+                                 : bList               ? Qt::TabFocus
+                                                       : Qt::StrongFocus);
   new ControlEvents(frm, *tBuilt.pWidget, tDesign);  // the widget's child
   return tBuilt;
 }

@@ -26,6 +26,10 @@ struct BuiltControl {
 BuiltControl BuildControl(QtForm& frm, QWidget& tParent, const ControlDesign& tDesign,
                           const ControlFonts& tFonts);
 
+/// Takes the focus from a widget that is about to be disabled or hidden, unless it has none: Qt
+/// would give it to the next in the tab order, in which a key may do harm.
+void YieldFocus(QWidget& tWidget);
+
 /// What all controls have, on a widget that outlives this object's use.
 /// @tparam Interface  Control or one of its kinds
 /// @tparam Widget     the widget's class
@@ -40,10 +44,14 @@ class ControlOn : public Interface {
     ControlOn::SetVisible(tDesign.bVisible);
   }
 
-  void SetEnabled(bool bEnabled) override { tWidget.setEnabled(bEnabled); }
+  void SetEnabled(bool bEnabled) override {
+    if (!bEnabled) YieldFocus(tWidget);
+    tWidget.setEnabled(bEnabled);
+  }
   bool Enabled() const override { return tWidget.isEnabled(); }
   void SetVisible(bool bNowVisible) override {
     bVisible = bNowVisible;
+    if (!bVisible) YieldFocus(tWidget);
     tWidget.setVisible(bVisible);
   }
   bool Visible() const override { return bVisible; }

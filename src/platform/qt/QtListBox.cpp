@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/ListText.h"
 #include "platform/qt/QtForm.h"
 
 namespace platform::qt {
@@ -26,24 +27,10 @@ constexpr std::uint32_t WM_HSCROLL = 0x114;
 constexpr std::uint32_t WM_VSCROLL = 0x115;
 constexpr std::uint32_t WM_MOUSEWHEEL = 0x20A;
 
-/// Distance of the first line from the list's outer top edge, in twips: half of what an editor in
-/// place is higher than its line, so that both texts stand on one base line.
-constexpr std::int32_t LIST_TEXT_TOP = 30;
-
 constexpr int DRAG_SCROLL_MS = 50;
 constexpr double WHEEL_STEP = 120;  // a wheel's notch, in eighths of a degree
 
 constexpr std::uint32_t NO_ITEM = 0x1FFFF;  // LB_ITEMFROMPOINT's answer of an empty list
-
-/// Control characters have no picture of their own, and the soft hyphen hides in most fonts.
-constexpr bool IsUnseen(unsigned char bCode) {
-  return bCode < 0x20 || (bCode >= 0x7F && bCode < 0xA0) || bCode == 0xAD;
-}
-
-/// The columns that a line needs; a blank at its end needs none.
-int Columns(std::string_view sLine) {
-  return static_cast<int>(sLine.size()) - (sLine.ends_with(' ') ? 1 : 0);
-}
 
 /// The font's glyph of each Latin-1 character; 0: it has none.
 std::array<quint32, 256> GlyphsOf(const QRawFont& tRawFont) {
@@ -74,7 +61,8 @@ class LinesModel final : public QAbstractListModel {
     const std::string_view sLine = Line(tIndex.row());
     QString sText = QString::fromLatin1(sLine.data(), static_cast<qsizetype>(sLine.size()));
     for (QChar& tCharacter : sText) {
-      if (IsUnseen(static_cast<unsigned char>(tCharacter.toLatin1()))) tCharacter = QChar(0xB7);
+      if (IsShownAsMark(static_cast<unsigned char>(tCharacter.toLatin1())))
+        tCharacter = QChar(0xB7);
     }
     return sText;
   }
@@ -150,15 +138,9 @@ void ListView::SetLines(const ListLines* pLines) {
 
 void ListView::LinesReplaced(int lFirst, int lRemoved, int lInserted) {
   const QScopedValueRollback tQuiet(bQuietScroll, true);
-  const int lBehind = lFirst + lRemoved;
-  const int lLastNew = lFirst + lInserted - 1;
-  const auto lMoved = [=](int lIndex) {
-    if (lIndex < lFirst) return lIndex;
-    return lIndex >= lBehind ? lIndex + lInserted - lRemoved : std::min(lIndex, lLastNew);
-  };
-  const int lNewTop = lMoved(Top());
-  const int lNewSelected =
-      lInserted == 0 && lSelected >= lFirst && lSelected < lBehind ? -1 : lMoved(lSelected);
+  const ReplacedLines tReplaced{lFirst, lRemoved, lInserted};
+  const int lNewTop = tReplaced.Moved(Top());
+  const int lNewSelected = tReplaced.MovedSelection(lSelected);
   pModel->Replace(lFirst, lRemoved, lInserted);
   if (horizontalScrollBar()->maximum() > 0) {
     lLongest = 0;  // the line that needed the scroll bar may be among the removed
@@ -174,7 +156,7 @@ void ListView::LinesReplaced(int lFirst, int lRemoved, int lInserted) {
 
 void ListView::UpdateLongest(int lFirst, int lInserted) {
   for (int lIndex = lFirst; lIndex < lFirst + lInserted; ++lIndex)
-    lLongest = std::max(lLongest, Columns(pModel->Line(lIndex)));
+    lLongest = std::max(lLongest, TextColumns(pModel->Line(lIndex)));
 }
 
 void ListView::SetSelected(int lIndex) {
@@ -203,6 +185,10 @@ void ListView::SelectByUser(int lIndex) {
 int ListView::Top() const { return verticalScrollBar()->value(); }
 
 void ListView::SetTop(int lIndex) { verticalScrollBar()->setValue(lIndex); }
+
+int ListView::LeftOffset() const { return horizontalScrollBar()->value(); }
+
+int ListView::InnerHeight() const { return viewport()->height() - TextTop(); }
 
 void ListView::EnsureVisible(int lIndex) {
   SetTop(std::clamp(Top(), lIndex - PageLines() + 1, lIndex));
@@ -320,7 +306,7 @@ void ListView::DrawLine(QPainter& tPainter, std::string_view sLine, int lTop, co
        ++lAt) {
     const auto bCode = static_cast<unsigned char>(sLine[lAt]);
     const QPointF tPoint(dLeft + static_cast<double>(lAt) * dColumn, lTop + lBaseline);
-    if (IsUnseen(bCode)) {
+    if (IsShownAsMark(bCode)) {
       constexpr double DOT = 2;
       tPainter.fillRect(
           QRectF(tPoint.x() + (dColumn - DOT) / 2, lTop + (lLineHeight - DOT) / 2, DOT, DOT),
@@ -345,7 +331,9 @@ void ListView::mousePressEvent(QMouseEvent* pEvent) {
   if (pEvent->button() != Qt::LeftButton || pEvent->flags() == Qt::MouseEventCreatedDoubleClick)
     return;
   const int lLine = LineAt(pEvent->pos().y());
-  if (lLine >= Top() && lLine < LineCount()) SelectByUser(lLine);
+  if (lLine < Top() || lLine >= LineCount()) return;
+  setFocus(Qt::MouseFocusReason);
+  SelectByUser(lLine);
 }
 
 void ListView::mouseDoubleClickEvent(QMouseEvent* pEvent) {

@@ -31,6 +31,8 @@ class ListView final : public QListView {
   void Select(int lIndex);  ///< raises Click; none when there is no such line
   int Top() const;
   void SetTop(int lIndex);
+  int LeftOffset() const;   ///< in pixels
+  int InnerHeight() const;  ///< of the part that shows whole lines, in pixels
   int LineHeight() const { return lLineHeight; }
   double LineColumn() const { return dColumn; }             ///< width of a column in pixels
   std::uint32_t ItemFromPoint(const QPoint& tPoint) const;  ///< within the list, frame included
@@ -100,6 +102,12 @@ class QtListBox final : public ControlOn<ListBox, ListView> {
   void SetSelectedIndex(std::int32_t lIndex) override { tWidget.Select(lIndex); }
   std::int32_t TopIndex() const override { return tWidget.Top(); }
   void SetTopIndex(std::int32_t lIndex) override { tWidget.SetTop(lIndex); }
+  std::int32_t LeftOffset() const override {
+    return static_cast<std::int32_t>(tWidget.LeftOffset() * TwipsPerPixelX());
+  }
+  std::int32_t InnerHeight() const override {
+    return static_cast<std::int32_t>(tWidget.InnerHeight() * TwipsPerPixelY());
+  }
   std::int32_t ItemHeightPixels() const override { return tWidget.LineHeight(); }
   std::uint32_t ItemFromPoint(std::int32_t lXPixels, std::int32_t lYPixels) const override {
     return tWidget.ItemFromPoint({lXPixels, lYPixels});

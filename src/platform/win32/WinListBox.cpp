@@ -87,6 +87,16 @@ std::int32_t ListWindow::TopIndex() const { return Ask(LB_GETTOPINDEX); }
 
 void ListWindow::SetTopIndex(std::int32_t lIndex) { Ask(LB_SETTOPINDEX, lIndex); }
 
+std::int32_t ListWindow::LeftOffset() const {
+  return static_cast<std::int32_t>(::GetScrollPos(Handle(), SB_HORZ) * TwipsPerPixel());
+}
+
+std::int32_t ListWindow::InnerHeight() const {
+  RECT tInside = {};
+  ::GetClientRect(Handle(), &tInside);
+  return static_cast<std::int32_t>(tInside.bottom * TwipsPerPixel());
+}
+
 std::int32_t ListWindow::ItemHeightPixels() const { return Ask(LB_GETITEMHEIGHT); }
 
 std::uint32_t ListWindow::ItemFromPoint(std::int32_t lXPixels, std::int32_t lYPixels) const {

@@ -17,6 +17,8 @@ class ListWindow final : public ListBox, public ControlWindow {
   void SetSelectedIndex(std::int32_t lIndex) override;
   std::int32_t TopIndex() const override;
   void SetTopIndex(std::int32_t lIndex) override;
+  std::int32_t LeftOffset() const override;
+  std::int32_t InnerHeight() const override;
   std::int32_t ItemHeightPixels() const override;
   std::uint32_t ItemFromPoint(std::int32_t lXPixels, std::int32_t lYPixels) const override;
   double TextWidth(std::string_view sText) const override;
