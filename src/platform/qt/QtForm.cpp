@@ -20,21 +20,10 @@
 
 namespace platform::qt {
 
-QtForm::Delivery::Delivery(QtForm& frm)
-    : pForm(frm.shared_from_this()),
-      pLogic(frm.pEvents),
-      pPrevious(frm.tToolkit.ExchangeHandling(&frm)) {}
-
-QtForm::Delivery::~Delivery() {
-  pForm->tToolkit.ExchangeHandling(pPrevious);
-  if (pForm->IsUnloaded()) pForm->tToolkit.SweepLater();
-}
-
 QtForm::QtForm(QtToolkit& tItsToolkit, const FormDesign& tDesign,
                std::shared_ptr<FormEvents> pLogic)
-    : tToolkit(tItsToolkit),
-      pEvents(std::move(pLogic)),
-      sName(tDesign.sName),
+    : FormCore(tItsToolkit, tDesign.sName, std::move(pLogic)),
+      tToolkit(tItsToolkit),
       pClient(new QWidget(this)),
       tMenus(*this, tDesign.atMenu, [this](std::int16_t iMenu, std::int16_t iIndex) {
         Deliver([=](FormEvents& tEvents) { tEvents.MenuClick(iMenu, iIndex); });
@@ -45,12 +34,12 @@ QtForm::QtForm(QtToolkit& tItsToolkit, const FormDesign& tDesign,
   tmrForm.setInterval(tDesign.iTimerInterval);
   QObject::connect(&tmrForm, &QTimer::timeout, this,
                    [this]() { Deliver([](FormEvents& tEvents) { tEvents.Timer(); }); });
-  tWanted = geometry();
+  tWanted = {x(), y(), width(), height()};
 }
 
 QtForm::~QtForm() {
   // The children go while this object still answers them: losing the focus is an event, too.
-  eLife = Life::Unloaded;
+  Silence();
   delete pClient;
 }
 
@@ -65,7 +54,7 @@ void QtForm::BuildControls(const FormDesign& tDesign) {
   for (const ControlDesign& tControl : tDesign.atControl) {
     BuiltControl tBuilt = BuildControl(*this, *pClient, tControl, tFonts);
     if (tControl.iTabOrder >= 0) colTab.emplace(tControl.iTabOrder, tBuilt.pWidget);
-    colControl.emplace(tControl.iControl, std::move(tBuilt.pControl));
+    AddControl(tControl.iControl, std::move(tBuilt.pControl));
   }
   QWidget* pBefore = nullptr;
   for (const auto& [iOrder, pWidget] : colTab) {
@@ -74,71 +63,28 @@ void QtForm::BuildControls(const FormDesign& tDesign) {
   }
 }
 
-Control& QtForm::ControlOf(std::int16_t iControl) { return *colControl.at(iControl); }
-
-TextBox& QtForm::TextBoxOf(std::int16_t iControl) {
-  return dynamic_cast<TextBox&>(ControlOf(iControl));
-}
-
-CheckBox& QtForm::CheckBoxOf(std::int16_t iControl) {
-  return dynamic_cast<CheckBox&>(ControlOf(iControl));
-}
-
-ListBox& QtForm::ListBoxOf(std::int16_t iControl) {
-  return dynamic_cast<ListBox&>(ControlOf(iControl));
-}
-
-std::string QtForm::Name() const { return sName; }
-
 std::string QtForm::Caption() const { return windowTitle().toStdString(); }
 
 void QtForm::SetCaption(std::string_view sCaption) { setWindowTitle(TextOf(sCaption)); }
 
 // ---- Place --------------------------------------------------------------------------------------
 
-QRect QtForm::OuterPlace() const {
-  return bFrameKnown ? geometry().marginsAdded(windowHandle()->frameMargins()) : tWanted;
+QtForm::PixelPlace QtForm::OuterPlace() const {
+  if (!bFrameKnown) return tWanted;
+  const QRect tPlace = geometry().marginsAdded(windowHandle()->frameMargins());
+  return {tPlace.left(), tPlace.top(), tPlace.width(), tPlace.height()};
 }
 
-void QtForm::SetOuterPlace(const QRect& tPlace) {
+void QtForm::SetOuterPlace(const PixelPlace& tPlace) {
   tToolkit.NoteOwnAction();
   // Windows, too, limits a window to the size of the desktop.
   const QSize tMost = QGuiApplication::primaryScreen()->virtualSize();
-  tWanted = QRect(tPlace.topLeft(), tPlace.size().boundedTo(tMost).expandedTo(QSize(0, 0)));
+  tWanted = {tPlace.lLeft, tPlace.lTop, std::min(tPlace.lWidth, tMost.width()),
+             std::min(tPlace.lHeight, tMost.height())};
   if (isVisible() && State() != WindowState::Normal) return;
   const QMargins tFrame = windowHandle() != nullptr ? windowHandle()->frameMargins() : QMargins();
-  move(tWanted.topLeft());
-  resize(tWanted.marginsRemoved(tFrame).size().expandedTo(QSize(0, 0)));
-}
-
-FormPlace QtForm::Place() const {
-  const QRect tPlace = OuterPlace();
-  return {tPlace.top() * TwipsPerPixelY(), tPlace.left() * TwipsPerPixelX(),
-          tPlace.height() * TwipsPerPixelY(), tPlace.width() * TwipsPerPixelX()};
-}
-
-void QtForm::SetTop(double dTop) {
-  QRect tPlace = OuterPlace();
-  tPlace.moveTop(PixelsY(dTop));
-  SetOuterPlace(tPlace);
-}
-
-void QtForm::SetLeft(double dLeft) {
-  QRect tPlace = OuterPlace();
-  tPlace.moveLeft(PixelsX(dLeft));
-  SetOuterPlace(tPlace);
-}
-
-void QtForm::SetHeight(double dHeight) {
-  QRect tPlace = OuterPlace();
-  tPlace.setHeight(PixelsY(dHeight));
-  SetOuterPlace(tPlace);
-}
-
-void QtForm::SetWidth(double dWidth) {
-  QRect tPlace = OuterPlace();
-  tPlace.setWidth(PixelsX(dWidth));
-  SetOuterPlace(tPlace);
+  move(tWanted.lLeft, tWanted.lTop);
+  resize(QSize(tWanted.lWidth, tWanted.lHeight).shrunkBy(tFrame).expandedTo(QSize(0, 0)));
 }
 
 QRect QtForm::ClientPlace() const {
@@ -146,10 +92,9 @@ QRect QtForm::ClientPlace() const {
   return {0, lBar, width(), std::max(0, height() - lBar)};
 }
 
-Size QtForm::InnerSize() const {
+Size QtForm::InnerPixels() const {
   const QSize tSize = ClientPlace().size();
-  return {static_cast<std::int32_t>(std::lround(tSize.width() * TwipsPerPixelX())),
-          static_cast<std::int32_t>(std::lround(tSize.height() * TwipsPerPixelY()))};
+  return {tSize.width(), tSize.height()};
 }
 
 WindowState QtForm::State() const {
@@ -171,8 +116,8 @@ void QtForm::SetState(WindowState eState) {
 void QtForm::Show() {
   if (IsUnloaded()) return;
   tToolkit.NoteOwnAction();
-  const bool bFirst = !std::exchange(bShown, true);
-  if (bFirst) {
+  if (!WasShown()) {
+    NoteShown();
     create();
     windowHandle()->installEventFilter(this);
   }
@@ -246,7 +191,7 @@ void QtForm::SetMenuVisible(std::int16_t iMenu, std::int16_t iIndex, bool bVisib
 void QtForm::ShowPopupMenu(std::int16_t iMenu) {
   QMenu* mnuPopup = tMenus.Popup(iMenu);
   if (mnuPopup == nullptr || IsUnloaded()) return;
-  const std::shared_ptr<QtForm> pKeep = shared_from_this();
+  const auto pKeep = shared_from_this();
   mnuPopup->exec(QCursor::pos());
   if (IsUnloaded()) tToolkit.SweepLater();
 }
@@ -257,7 +202,7 @@ FileDialogResult QtForm::ShowFileDialog(const FileDialogRequest& tRequest) {
 
 int QtForm::RunDialog(QDialog& tDialog) {
   if (IsUnloaded()) return QDialog::Rejected;
-  const std::shared_ptr<QtForm> pKeep = shared_from_this();
+  const auto pKeep = shared_from_this();
   tDialog.setWindowModality(Qt::WindowModal);
   apDialog.push_back(&tDialog);
   const int lResult = tDialog.exec();
@@ -270,32 +215,13 @@ int QtForm::RunDialog(QDialog& tDialog) {
   return lResult;
 }
 
-// ---- Life ---------------------------------------------------------------------------------------
-
-void QtForm::Load() {
-  Deliver([this](FormEvents& tEvents) { tEvents.Load(*this); });
-  bLoadReturned = true;
-  ReportResize();
-}
-
-bool QtForm::IsUnloaded() const { return eLife == Life::Unloaded; }
-
-void QtForm::Unload() {
-  if (eLife != Life::Loaded) return;
-  const std::shared_ptr<QtForm> pKeep = shared_from_this();
-  Deliver([this](FormEvents& tEvents) {
-    eLife = Life::Unloading;
-    tEvents.QueryUnload();
-  });
-  eLife = Life::Unloaded;
+void QtForm::Vanish() {
   tmrForm.stop();
   const std::vector<QDialog*> apOpen = apDialog;
   for (QDialog* pDialog : apOpen) pDialog->reject();
   for (QMenu* mnuOpen : findChildren<QMenu*>()) mnuOpen->close();
   tToolkit.NoteOwnAction();
   hide();
-  tToolkit.FormUnloaded(pKeep);
-  pEvents.reset();
 }
 
 // ---- What the window system tells ---------------------------------------------------------------
@@ -368,14 +294,6 @@ void QtForm::resizeEvent(QResizeEvent* pEvent) {
   tMenus.Bar().setGeometry(0, 0, width(), tMenus.BarHeight());
   pClient->setGeometry(ClientPlace());
   ReportResize();
-}
-
-void QtForm::ReportResize() {
-  if (!bLoadReturned || !bShown) return;
-  const std::pair tNow(size(), State());
-  if (tReportedSize == tNow) return;
-  tReportedSize = tNow;
-  Deliver([](FormEvents& tEvents) { tEvents.Resize(); });
 }
 
 void QtForm::wheelEvent(QWheelEvent* pEvent) {

@@ -9,29 +9,18 @@
 #include <array>
 #include <cmath>
 
+#include "platform/ListText.h"
+
 namespace platform::qt {
 
 namespace {
 
-constexpr double TWIPS_PER_INCH = 1440;
 constexpr double USUAL_DPI = 96;
 
-/// X11 and Windows keep coordinates in 16 bits of device pixels; half of it leaves room for
-/// scaling.
-constexpr double FARTHEST_PIXEL = 16000;
-
-/// The size of the dialog font that places in twips are drawn around, on every Windows version.
-constexpr double FORM_POINTS = 8.25;
 constexpr int NARROWEST_STRETCH = 50;
 constexpr int CHECK_BOX_MARGIN = 4;  // what styles leave beside a check box's caption, in pixels
 
-constexpr double SMALLEST_LISTING_POINTS = 5;
 constexpr double LISTING_POINTS_STEP = 0.25;
-
-int Pixels(double dTwips, double dTwipsPerPixel) {
-  const double dPixels = std::round(dTwips / dTwipsPerPixel);
-  return static_cast<int>(std::clamp(dPixels, -FARTHEST_PIXEL, FARTHEST_PIXEL));
-}
 
 /// The width that a control's place leaves for its caption, in pixels.
 double CaptionRoom(const ControlDesign& tControl) {
@@ -46,11 +35,6 @@ double CaptionRoom(const ControlDesign& tControl) {
     default:
       return lWidth;
   }
-}
-
-bool ShowsCaption(const ControlDesign& tControl) {
-  return tControl.eKind != ControlKind::TextBox && tControl.eKind != ControlKind::ListBox &&
-         !tControl.sCaption.empty();
 }
 
 /// How much of the widest caption fits its place: 1 and more when all do.
@@ -87,10 +71,6 @@ double TwipsPerPixelY() {
   const QScreen* pScreen = QGuiApplication::primaryScreen();
   return TWIPS_PER_INCH / (pScreen != nullptr ? pScreen->logicalDotsPerInchY() : USUAL_DPI);
 }
-
-int PixelsX(double dTwips) { return Pixels(dTwips, TwipsPerPixelX()); }
-
-int PixelsY(double dTwips) { return Pixels(dTwips, TwipsPerPixelY()); }
 
 QRect PixelsOf(const TwipsRect& tPlace) {
   return {PixelsX(tPlace.lLeft), PixelsY(tPlace.lTop), std::max(0, PixelsX(tPlace.lWidth)),

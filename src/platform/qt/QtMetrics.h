@@ -4,13 +4,10 @@
 #include <QRect>
 #include <QString>
 
-#include "platform/Toolkit.h"
+#include "platform/Measures.h"
 
 /// Twips and logical pixels, and the fonts that fit a design into its places.
 namespace platform::qt {
-
-/// Distance of a list's text from the list's outer left edge, in twips.
-inline constexpr std::int32_t LIST_TEXT_LEFT = 60;
 
 /// UTF-8 text as the toolkit takes it.
 inline QString TextOf(std::string_view sText) {
@@ -20,9 +17,9 @@ inline QString TextOf(std::string_view sText) {
 double TwipsPerPixelX();  ///< 15 at 96 dots per inch
 double TwipsPerPixelY();
 
-/// Twips to whole logical pixels, nearest; kept within what window systems take as a coordinate.
-int PixelsX(double dTwips);
-int PixelsY(double dTwips);
+/// Twips to whole logical pixels.
+inline int PixelsX(double dTwips) { return platform::PixelsOf(dTwips, TwipsPerPixelX()); }
+inline int PixelsY(double dTwips) { return platform::PixelsOf(dTwips, TwipsPerPixelY()); }
 
 /// A place in whole pixels; a negative width or height becomes 0.
 QRect PixelsOf(const TwipsRect& tPlace);

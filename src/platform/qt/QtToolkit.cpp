@@ -26,11 +26,6 @@ namespace {
 
 using std::chrono::steady_clock;
 
-/// How long DoEvents lets pass between two looks at the event queue. One look at an empty queue
-/// was measured at 0.7 to 1.1 microseconds, and a listing asks once a line: 65,536 looks would take
-/// longer than the listing itself. The clock is read in 0.03.
-constexpr std::chrono::microseconds EVENTS_INTERVAL{200};
-
 /// How long the window system may take to carry out the program's own wishes for its windows.
 constexpr std::chrono::milliseconds OWN_ACTION_ECHO{500};
 
@@ -88,34 +83,16 @@ QtToolkit::QtToolkit(int& lArgc, char** asArgv) : tApplication(lArgc, asArgv) {
   QObject::connect(&tmrSweep, &QTimer::timeout, &tmrSweep, [this]() { Sweep(); });
 }
 
-QtToolkit::~QtToolkit() {
-  apForm.clear();
-  atUnloaded.clear();
-}
+QtToolkit::~QtToolkit() { LetGoOfForms(); }
 
 // ---- Forms and events ---------------------------------------------------------------------------
 
-void QtToolkit::LoadForm(const FormDesign& tDesign, std::shared_ptr<FormEvents> pEvents) {
-  auto pForm = std::make_shared<QtForm>(*this, tDesign, std::move(pEvents));
-  apForm.push_back(pForm);
-  pForm->Load();
+std::shared_ptr<FormCore> QtToolkit::NewForm(const FormDesign& tDesign,
+                                             std::shared_ptr<FormEvents> pEvents) {
+  return std::make_shared<QtForm>(*this, tDesign, std::move(pEvents));
 }
 
-std::vector<std::shared_ptr<FormEvents>> QtToolkit::LoadedForms() const {
-  std::vector<std::shared_ptr<FormEvents>> apLogic;
-  apLogic.reserve(apForm.size());
-  for (const auto& pForm : apForm) apLogic.push_back(pForm->Logic());
-  return apLogic;
-}
-
-Form* QtToolkit::FormByName(std::string_view sName) {
-  const auto itForm = std::ranges::find_if(apForm, [=](const auto& pForm) {
-    return pForm->objectName().compare(TextOf(sName), Qt::CaseInsensitive) == 0;
-  });
-  return itForm == apForm.end() ? nullptr : itForm->get();
-}
-
-QtForm* QtToolkit::FrontForm() {
+FormCore* QtToolkit::FrontForm() {
   for (QWidget* pWidget = QApplication::activeWindow(); pWidget != nullptr;
        pWidget = pWidget->parentWidget()) {
     if (auto* pForm = dynamic_cast<QtForm*>(pWidget)) return pForm;
@@ -123,48 +100,31 @@ QtForm* QtToolkit::FrontForm() {
   return nullptr;
 }
 
-Form* QtToolkit::ActiveForm() { return FrontForm(); }
-
 void QtToolkit::Run() {
   bRunning = true;
-  while (!apForm.empty()) QApplication::exec();
+  while (!Forms().empty()) QApplication::exec();
   bRunning = false;
 }
 
-void QtToolkit::FormUnloaded(const std::shared_ptr<QtForm>& pForm) {
-  std::erase(apForm, pForm);
-  atUnloaded.push_back({pForm, pForm->Logic()});
-  SweepLater();
-  if (bRunning && apForm.empty()) QApplication::exit();
+void QtToolkit::SweepLater() {
+  tmrSweep.start();
+  if (bRunning && Forms().empty()) QApplication::exit();
 }
 
-void QtToolkit::Sweep() {
-  // A form whose logic is still in someone's hands may be asked for something yet. One of which a
-  // handler is on the stack is held by its delivery.
-  std::erase_if(atUnloaded, [](const UnloadedForm& tForm) {
-    return tForm.pEvents.expired() && tForm.pForm.use_count() == 1;
-  });
-}
-
-void QtToolkit::DoEvents() {
-  if (steady_clock::now() - tLastEvents < EVENTS_INTERVAL) return;
-  QCoreApplication::processEvents();
-  tLastEvents = steady_clock::now();
-}
+void QtToolkit::RunPendingEvents() { QCoreApplication::processEvents(); }
 
 void QtToolkit::EndProgram(std::int32_t lStatus) { std::quick_exit(lStatus); }
 
-std::int32_t QtToolkit::MessageBox(std::string_view sPrompt, std::int32_t lStyle,
-                                   std::string_view sTitle) {
-  return RunMessageBox(pHandling != nullptr ? pHandling : FrontForm(), sPrompt, lStyle, sTitle);
+std::int32_t QtToolkit::RunMessageBox(FormCore* pOwner, std::string_view sPrompt,
+                                      std::int32_t lStyle, std::string_view sTitle) {
+  return qt::RunMessageBox(dynamic_cast<QtForm*>(pOwner), sPrompt, lStyle, sTitle);
 }
 
 // ---- Screen and icons ---------------------------------------------------------------------------
 
-Size QtToolkit::ScreenSize() const {
+Size QtToolkit::ScreenPixels() const {
   const QSize tPixels = QGuiApplication::primaryScreen()->size();
-  return {static_cast<std::int32_t>(std::lround(tPixels.width() * TwipsPerPixelX())),
-          static_cast<std::int32_t>(std::lround(tPixels.height() * TwipsPerPixelY()))};
+  return {tPixels.width(), tPixels.height()};
 }
 
 double QtToolkit::TwipsPerPixelX() const { return qt::TwipsPerPixelX(); }

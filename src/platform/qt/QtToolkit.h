@@ -9,30 +9,20 @@
 #include <string>
 #include <vector>
 
-#include "platform/Toolkit.h"
+#include "platform/ToolkitCore.h"
 
 namespace platform::qt {
 
-class QtForm;
-
 /// The toolkit on Qt Widgets.
-class QtToolkit final : public Toolkit {
+class QtToolkit final : public ToolkitCore {
  public:
   QtToolkit(int& lArgc, char** asArgv);
   ~QtToolkit() override;
   QtToolkit(const QtToolkit&) = delete;
   QtToolkit& operator=(const QtToolkit&) = delete;
 
-  void LoadForm(const FormDesign& tDesign, std::shared_ptr<FormEvents> pEvents) override;
-  std::vector<std::shared_ptr<FormEvents>> LoadedForms() const override;
-  Form* FormByName(std::string_view sName) override;
-  Form* ActiveForm() override;
   void Run() override;
-  void DoEvents() override;
   [[noreturn]] void EndProgram(std::int32_t lStatus) override;
-  std::int32_t MessageBox(std::string_view sPrompt, std::int32_t lStyle,
-                          std::string_view sTitle) override;
-  Size ScreenSize() const override;
   double TwipsPerPixelX() const override;
   double TwipsPerPixelY() const override;
   std::uint32_t SetMouseHook(MouseProc fnMouseProc) override;
@@ -50,14 +40,7 @@ class QtToolkit final : public Toolkit {
 
   // What follows is for this toolkit's own forms and controls.
 
-  /// Keeps a form that has unloaded until nobody can reach it any more, and ends Run after the
-  /// last one.
-  void FormUnloaded(const std::shared_ptr<QtForm>& pForm);
-  /// Has the unloaded forms looked through once the event loop is back.
-  void SweepLater() { tmrSweep.start(); }
-
-  /// Exchanges the form whose event is being handled; gives the previous one, nullptr for none.
-  QtForm* ExchangeHandling(QtForm* pForm) { return std::exchange(pHandling, pForm); }
+  void SweepLater() override;
 
   std::uint32_t AddList();  ///< a new list's window handle
   void RemoveList(std::uint32_t hWnd);
@@ -77,21 +60,18 @@ class QtToolkit final : public Toolkit {
     WindowProc fnProc;
     std::map<std::string, WindowProc> colProp;
   };
-  struct UnloadedForm {
-    std::shared_ptr<QtForm> pForm;
-    std::weak_ptr<FormEvents> pEvents;
-  };
 
-  QtForm* FrontForm();  // the form that is active itself or by a dialog; nullptr: none
-  void Sweep();
+  std::shared_ptr<FormCore> NewForm(const FormDesign& tDesign,
+                                    std::shared_ptr<FormEvents> pEvents) override;
+  FormCore* FrontForm() override;
+  void RunPendingEvents() override;
+  std::int32_t RunMessageBox(FormCore* pOwner, std::string_view sPrompt, std::int32_t lStyle,
+                             std::string_view sTitle) override;
+  Size ScreenPixels() const override;
 
   QApplication tApplication;
-  std::vector<std::shared_ptr<QtForm>> apForm;  // loaded or unloading, oldest first
-  std::vector<UnloadedForm> atUnloaded;
   QTimer tmrSweep;
-  QtForm* pHandling = nullptr;
   bool bRunning = false;
-  std::chrono::steady_clock::time_point tLastEvents;
   std::chrono::steady_clock::time_point tLastOwnAction;
   std::unique_ptr<MouseWatch> pMouseWatch;  // while a hook is installed
   std::map<std::uint32_t, ListWindow> colList;

@@ -40,7 +40,7 @@ ControlWindow::ControlWindow(WinForm& frmOwner, const ControlDesign& tDesign,
 // ---- State and place ----------------------------------------------------------------------------
 
 void ControlWindow::SetEnabled(bool bEnabled) {
-  if (!bEnabled && frm.IsFocused(*this)) frm.FocusNext(*this, false);
+  if (!bEnabled) frm.YieldFocus(*this);
   ::EnableWindow(hWnd, bEnabled ? TRUE : FALSE);
 }
 
@@ -49,7 +49,7 @@ bool ControlWindow::Enabled() const {
 }
 
 void ControlWindow::SetVisible(bool bVisible) {
-  if (!bVisible && frm.IsFocused(*this)) frm.FocusNext(*this, false);
+  if (!bVisible) frm.YieldFocus(*this);
   ::ShowWindow(hWnd, bVisible ? SW_SHOWNA : SW_HIDE);
 }
 

@@ -1,7 +1,8 @@
 #include "platform/win32/WinForm.h"
 
 #include <algorithm>
-#include <cmath>
+#include <map>
+#include <utility>
 
 #include "platform/win32/Resources.h"
 #include "platform/win32/SystemHandles.h"
@@ -30,22 +31,6 @@ std::wstring WithoutAccessKey(std::wstring sCaption) {
   return sCaption;
 }
 
-std::int32_t Twips(LONG lPixels) {
-  return static_cast<std::int32_t>(std::lround(static_cast<double>(lPixels) * TwipsPerPixel()));
-}
-
-/// The answer of a box that is dismissed unanswered.
-std::int32_t DismissedAnswer(std::int32_t lStyle) {
-  switch (static_cast<std::uint32_t>(lStyle) & MB_TYPEMASK) {
-    case MB_OK:
-      return IDOK;
-    case MB_YESNO:
-      return IDNO;
-    default:
-      return IDCANCEL;
-  }
-}
-
 /// The dialogs that belong to a window.
 std::vector<HWND> DialogsOf(HWND hOwner) {
   std::pair<HWND, std::vector<HWND>> tSearch{hOwner, {}};
@@ -63,18 +48,9 @@ std::vector<HWND> DialogsOf(HWND hOwner) {
 
 }  // namespace
 
-WinForm::Delivery::Delivery(WinForm& frm)
-    : pForm(frm.shared_from_this()),
-      pLogic(frm.pEvents),
-      pPrevious(frm.tToolkit.ExchangeHandling(&frm)) {}
-
-WinForm::Delivery::~Delivery() { pForm->tToolkit.ExchangeHandling(pPrevious); }
-
 WinForm::WinForm(WinToolkit& tItsToolkit, const FormDesign& tDesign,
                  std::shared_ptr<FormEvents> pLogic)
-    : tToolkit(tItsToolkit),
-      pEvents(std::move(pLogic)),
-      sName(tDesign.sName),
+    : FormCore(tItsToolkit, tDesign.sName, std::move(pLogic)),
       lTimerInterval(static_cast<UINT>(tDesign.iTimerInterval)),
       tMenus(tDesign.atMenu),
       hFont(FormFont(tDesign)),
@@ -98,27 +74,16 @@ WinForm::WinForm(WinToolkit& tItsToolkit, const FormDesign& tDesign,
   for (const ControlDesign& tControl : tDesign.atControl) {
     auto pControl = BuildControl(*this, tControl, hFont.get(), hListingFont.get());
     if (tControl.iTabOrder >= 0) colTab.emplace(tControl.iTabOrder, pControl.get());
-    colControl.emplace(tControl.iControl, std::move(pControl));
+    apControl.push_back(pControl.get());
+    AddControl(tControl.iControl, std::move(pControl));
   }
   for (const auto& [iOrder, pControl] : colTab) apTabOrder.push_back(pControl);
 }
 
 WinForm::~WinForm() {
-  eLife = Life::Unloaded;
+  Silence();
   ::SetMenu(hWnd, nullptr);  // it has an owner here
   ::DestroyWindow(hWnd);
-}
-
-TextBox& WinForm::TextBoxOf(std::int16_t iControl) {
-  return dynamic_cast<TextBox&>(ControlOf(iControl));
-}
-
-CheckBox& WinForm::CheckBoxOf(std::int16_t iControl) {
-  return dynamic_cast<CheckBox&>(ControlOf(iControl));
-}
-
-ListBox& WinForm::ListBoxOf(std::int16_t iControl) {
-  return dynamic_cast<ListBox&>(ControlOf(iControl));
 }
 
 std::string WinForm::Caption() const {
@@ -134,58 +99,27 @@ void WinForm::SetCaption(std::string_view sCaption) {
 
 // ---- Place --------------------------------------------------------------------------------------
 
-RECT WinForm::OuterPlace() const {
+FormCore::PixelPlace WinForm::OuterPlace() const {
   RECT tPlace = {};
   ::GetWindowRect(hWnd, &tPlace);
-  return tPlace;
+  return {tPlace.left, tPlace.top, tPlace.right - tPlace.left, tPlace.bottom - tPlace.top};
 }
 
 /// A minimized or maximized window keeps its place.
-void WinForm::SetOuterPlace(const RECT& tPlace) {
+void WinForm::SetOuterPlace(const PixelPlace& tPlace) {
   if (IsUnloaded() || ::IsIconic(hWnd) != 0 || ::IsZoomed(hWnd) != 0) return;
-  ::SetWindowPos(hWnd, nullptr, tPlace.left, tPlace.top, std::max(0L, tPlace.right - tPlace.left),
-                 std::max(0L, tPlace.bottom - tPlace.top), SWP_NOZORDER | SWP_NOACTIVATE);
+  ::SetWindowPos(hWnd, nullptr, tPlace.lLeft, tPlace.lTop, tPlace.lWidth, tPlace.lHeight,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-FormPlace WinForm::Place() const {
-  const RECT tPlace = OuterPlace();
-  const double dTwips = TwipsPerPixel();
-  return {tPlace.top * dTwips, tPlace.left * dTwips, (tPlace.bottom - tPlace.top) * dTwips,
-          (tPlace.right - tPlace.left) * dTwips};
-}
-
-void WinForm::SetTop(double dTop) {
-  RECT tPlace = OuterPlace();
-  ::OffsetRect(&tPlace, 0, PixelsOf(dTop) - tPlace.top);
-  SetOuterPlace(tPlace);
-}
-
-void WinForm::SetLeft(double dLeft) {
-  RECT tPlace = OuterPlace();
-  ::OffsetRect(&tPlace, PixelsOf(dLeft) - tPlace.left, 0);
-  SetOuterPlace(tPlace);
-}
-
-void WinForm::SetHeight(double dHeight) {
-  RECT tPlace = OuterPlace();
-  tPlace.bottom = tPlace.top + PixelsOf(dHeight);
-  SetOuterPlace(tPlace);
-}
-
-void WinForm::SetWidth(double dWidth) {
-  RECT tPlace = OuterPlace();
-  tPlace.right = tPlace.left + PixelsOf(dWidth);
-  SetOuterPlace(tPlace);
-}
-
-Size WinForm::InnerSize() const {
+Size WinForm::InnerPixels() const {
   RECT tInside = {};
   ::GetClientRect(hWnd, &tInside);
-  return {Twips(tInside.right), Twips(tInside.bottom)};
+  return {tInside.right, tInside.bottom};
 }
 
 WindowState WinForm::State() const {
-  if (!bShown) return eFirstState;
+  if (!WasShown()) return eFirstState;
   if (::IsIconic(hWnd) != 0) return WindowState::Minimized;
   return ::IsZoomed(hWnd) != 0 ? WindowState::Maximized : WindowState::Normal;
 }
@@ -194,7 +128,7 @@ void WinForm::SetState(WindowState eState) {
   if (IsUnloaded() || eState == State()) return;
   constexpr std::array<int, 3> alCommand = {SW_SHOWNORMAL, SW_MINIMIZE, SW_MAXIMIZE};
   eFirstState = eState;
-  if (bShown) ::ShowWindow(hWnd, alCommand.at(static_cast<std::size_t>(eState)));
+  if (WasShown()) ::ShowWindow(hWnd, alCommand.at(static_cast<std::size_t>(eState)));
 }
 
 // ---- Showing ------------------------------------------------------------------------------------
@@ -202,7 +136,7 @@ void WinForm::SetState(WindowState eState) {
 void WinForm::Show() {
   if (IsUnloaded()) return;
   const WindowState eState = State();
-  bShown = true;
+  NoteShown();
   if (eState == WindowState::Normal) {
     ::ShowWindow(hWnd, SW_SHOW);
   } else {
@@ -266,28 +200,32 @@ void WinForm::FocusOn(const ControlWindow& tControl) {
   }
 }
 
-bool WinForm::IsFocused(const ControlWindow& tControl) const {
-  return (pWanted != nullptr ? pWanted : pFocused) == &tControl;
-}
-
 void WinForm::FocusNext(const ControlWindow& tControl, bool bBackward) {
   auto apOrder = apTabOrder;
+  // One that Tab does not reach, such as an editor in place, stands behind the last.
   auto itControl = std::ranges::find(apOrder, &tControl);
-  if (itControl == apOrder.end()) {
-    // One that Tab does not reach, such as an editor in place, gives the focus back to what was
-    // designed before it.
-    itControl = std::ranges::find_if(
-        apOrder, [&](const auto* pOther) { return pOther->Number() > tControl.Number(); });
-    bBackward = true;
-  } else if (!bBackward) {
-    ++itControl;
-  }
+  if (itControl != apOrder.end() && !bBackward) ++itControl;
   // First those on the way to the end of the order, then those from its other end.
   std::ranges::rotate(apOrder, itControl);
   if (bBackward) std::ranges::reverse(apOrder);
   const auto itNext = std::ranges::find_if(
       apOrder, [&](const auto* pOther) { return pOther != &tControl && pOther->TakesFocus(); });
   if (itNext != apOrder.end()) FocusOn(**itNext);
+}
+
+void WinForm::YieldFocus(const ControlWindow& tControl) {
+  if ((pWanted != nullptr ? pWanted : pFocused) != &tControl) return;
+  pWanted = nullptr;
+  pFocused = nullptr;
+  const auto itList = std::ranges::find_if(apControl, [&](const ControlWindow* pOther) {
+    return pOther != &tControl && dynamic_cast<const ListWindow*>(pOther) != nullptr &&
+           pOther->TakesFocus();
+  });
+  if (itList != apControl.end()) {
+    FocusOn(**itList);
+  } else if (::GetActiveWindow() == hWnd) {
+    ::SetFocus(nullptr);
+  }
 }
 
 void WinForm::FocusArrived(const ControlWindow& tControl) {
@@ -301,13 +239,8 @@ void WinForm::FocusArrived(const ControlWindow& tControl) {
 }
 
 void WinForm::RestoreFocus() {
-  const ControlWindow* pControl = pWanted != nullptr ? pWanted : pFocused;
-  if (pControl == nullptr || !pControl->TakesFocus()) {
-    const auto itFirst = std::ranges::find_if(apTabOrder, &ControlWindow::TakesFocus);
-    if (itFirst == apTabOrder.end()) return;
-    pControl = *itFirst;
-  }
-  ::SetFocus(pControl->Handle());
+  const ControlWindow* const pControl = pWanted != nullptr ? pWanted : pFocused;
+  if (pControl != nullptr && pControl->TakesFocus()) ::SetFocus(pControl->Handle());
 }
 
 // ---- Menus and dialogs --------------------------------------------------------------------------
@@ -339,7 +272,9 @@ void WinForm::ShowPopupMenu(std::int16_t iMenu) {
   const auto pKeep = shared_from_this();
   POINT tPointer = {};
   ::GetCursorPos(&tPointer);
-  ::TrackPopupMenu(hMenu, TPM_RIGHTBUTTON, tPointer.x, tPointer.y, 0, hWnd, nullptr);
+  const BOOL lCommand = ::TrackPopupMenu(hMenu, TPM_RIGHTBUTTON | TPM_RETURNCMD, tPointer.x,
+                                         tPointer.y, 0, hWnd, nullptr);
+  if (lCommand != 0) ReportMenuClick(static_cast<WORD>(lCommand));
 }
 
 FileDialogResult WinForm::ShowFileDialog(const FileDialogRequest& tRequest) {
@@ -349,16 +284,6 @@ FileDialogResult WinForm::ShowFileDialog(const FileDialogRequest& tRequest) {
   FileDialogResult tResult = RunFileDialog(hWnd, tRequest);
   bFileDialogOpen = bBefore;
   return IsUnloaded() ? FileDialogResult() : tResult;
-}
-
-std::int32_t WinForm::RunMessageBox(const std::string& sPrompt, std::int32_t lStyle,
-                                    const std::string& sTitle) {
-  if (IsUnloaded()) return DismissedAnswer(lStyle);
-  const auto pKeep = shared_from_this();
-  const HWND hOwner = ::IsWindowVisible(hWnd) != 0 ? hWnd : nullptr;
-  const int lAnswer =
-      ::MessageBoxA(hOwner, sPrompt.c_str(), sTitle.c_str(), static_cast<UINT>(lStyle));
-  return IsUnloaded() ? DismissedAnswer(lStyle) : lAnswer;
 }
 
 /// Has all that is modal to this form come back.
@@ -376,27 +301,10 @@ void WinForm::CloseDialogs() {
     ::EndMenu();
 }
 
-// ---- Life ---------------------------------------------------------------------------------------
-
-void WinForm::Load() {
-  Deliver([this](FormEvents& tEvents) { tEvents.Load(*this); });
-  bLoadReturned = true;
-  ReportResize();
-}
-
-void WinForm::Unload() {
-  if (eLife != Life::Loaded) return;
-  const auto pKeep = shared_from_this();
-  Deliver([this](FormEvents& tEvents) {
-    eLife = Life::Unloading;
-    tEvents.QueryUnload();
-  });
+void WinForm::Vanish() {
   ::KillTimer(hWnd, TIMER);
-  eLife = Life::Unloaded;
   CloseDialogs();
   ::ShowWindow(hWnd, SW_HIDE);
-  tToolkit.FormUnloaded(pKeep);
-  pEvents.reset();
 }
 
 // ---- Messages -----------------------------------------------------------------------------------
@@ -478,23 +386,26 @@ LRESULT WinForm::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
 
 void WinForm::OnCommand(WPARAM wParam, LPARAM lParam) {
   if (lParam == 0) {
-    const auto [iMenu, iIndex] = WinMenus::EntryOf(LOWORD(wParam));
-    Deliver([iMenu = iMenu, iIndex = iIndex](FormEvents& tEvents) {
-      tEvents.MenuClick(iMenu, iIndex);
-    });
+    ReportMenuClick(LOWORD(wParam));
   } else if (auto* const pControl = ControlAt(LOWORD(wParam))) {
     pControl->Notified(HIWORD(wParam));
   }
+}
+
+void WinForm::ReportMenuClick(WORD iCommand) {
+  Deliver([tEntry = WinMenus::EntryOf(iCommand)](FormEvents& tEvents) {
+    tEvents.MenuClick(tEntry.first, tEntry.second);
+  });
 }
 
 /// A wheel turned over a control that stands on a list, such as an in-place editor, is the list's.
 bool WinForm::OnWheel(WPARAM wParam, LPARAM lParam) {
   const POINT tPointer = {static_cast<std::int16_t>(LOWORD(lParam)),
                           static_cast<std::int16_t>(HIWORD(lParam))};
-  for (const auto& [iControl, pControl] : colControl) {
+  for (const ControlWindow* const pControl : apControl) {
     RECT tPlace = {};
     ::GetWindowRect(pControl->Handle(), &tPlace);
-    if (dynamic_cast<ListWindow*>(pControl.get()) == nullptr || bPassingWheel ||
+    if (dynamic_cast<const ListWindow*>(pControl) == nullptr || bPassingWheel ||
         !pControl->Visible() || ::PtInRect(&tPlace, tPointer) == 0) {
       continue;
     }
@@ -507,17 +418,8 @@ bool WinForm::OnWheel(WPARAM wParam, LPARAM lParam) {
 }
 
 ControlWindow* WinForm::ControlAt(WORD iControl) const {
-  const auto itControl = colControl.find(static_cast<std::int16_t>(iControl));
-  return itControl == colControl.end() ? nullptr : itControl->second.get();
-}
-
-void WinForm::ReportResize() {
-  if (!bLoadReturned || !bShown) return;
-  const RECT tPlace = OuterPlace();
-  const std::pair tNow(std::pair(tPlace.right - tPlace.left, tPlace.bottom - tPlace.top), State());
-  if (tReportedSize == tNow) return;
-  tReportedSize = tNow;
-  Deliver([](FormEvents& tEvents) { tEvents.Resize(); });
+  const auto itControl = std::ranges::find(apControl, iControl, &ControlWindow::Number);
+  return itControl == apControl.end() ? nullptr : *itControl;
 }
 
 }  // namespace platform::win32

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
 #include "platform/ListText.h"
 
@@ -11,15 +10,10 @@ namespace platform::win32 {
 
 namespace {
 
-constexpr double TWIPS_PER_INCH = 1440;
 constexpr double POINTS_PER_INCH = 72;
 
-/// The size of the dialog font on every Windows version, which places in twips are drawn around.
-constexpr double FORM_POINTS = 8.25;
 constexpr double SMALLEST_FORM_PART = 0.9;
 constexpr const char* DIALOG_FONT = "MS Shell Dlg";
-
-constexpr double SMALLEST_LISTING_POINTS = 5;
 
 /// What a check box needs beside its box, and a button beside its caption, in pixels at 96 dpi.
 constexpr int CHECK_BOX_GAP = 4;
@@ -78,7 +72,7 @@ int CaptionRoom(const ControlDesign& tControl) {
 bool CaptionsFit(const FormDesign& tDesign, HFONT hFont) {
   const MeasuringSurface tSurface(hFont);
   return std::ranges::all_of(tDesign.atControl, [&](const ControlDesign& tControl) {
-    return tControl.eKind == ControlKind::TextBox || tControl.eKind == ControlKind::ListBox ||
+    return !ShowsCaption(tControl) ||
            tSurface.TextWidth(tControl.sCaption) <= CaptionRoom(tControl);
   });
 }
@@ -105,12 +99,6 @@ std::wstring WideOf(std::string_view sText) {
 }
 
 double TwipsPerPixel() { return TWIPS_PER_INCH / PixelsPerInch(); }
-
-int PixelsOf(double dTwips) {
-  constexpr double FARTHEST_PIXEL = std::numeric_limits<std::int16_t>::max();
-  return static_cast<int>(
-      std::clamp(std::round(dTwips / TwipsPerPixel()), -FARTHEST_PIXEL, FARTHEST_PIXEL));
-}
 
 RECT PixelsOf(const TwipsRect& tPlace) {
   const LONG lLeft = PixelsOf(tPlace.lLeft);

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/Toolkit.h"
+#include "platform/Measures.h"
 #include "platform/win32/WinHeaders.h"
 
 /// Twips and pixels, text, and the fonts that fit a design into its places.
@@ -20,8 +20,8 @@ std::wstring WideOf(std::string_view sText);
 /// screen the system scales the picture.
 double TwipsPerPixel();
 
-/// Twips to whole pixels, nearest; kept within the 16 bits in which windows are told their place.
-int PixelsOf(double dTwips);
+/// Twips to whole pixels.
+inline int PixelsOf(double dTwips) { return platform::PixelsOf(dTwips, TwipsPerPixel()); }
 
 /// A place in pixels; a negative width or height becomes 0.
 RECT PixelsOf(const TwipsRect& tPlace);

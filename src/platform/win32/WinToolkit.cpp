@@ -1,8 +1,6 @@
 #include "platform/win32/WinToolkit.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 
 #include "platform/ToolkitFactory.h"
 #include "platform/win32/SystemHandles.h"
@@ -19,16 +17,26 @@ namespace win32 {
 
 namespace {
 
-using std::chrono::steady_clock;
-
-constexpr std::chrono::microseconds EVENTS_INTERVAL{200};
-
 /// On 64-bit Windows all procedures are called alike, and one that takes a handle's low 32 bits
 /// reads them where the whole handle is passed. So the program's own procedures and the system's
 /// are exchanged as they are.
 LONG_PTR NativeProc(WindowProc fnProc) { return reinterpret_cast<LONG_PTR>(fnProc); }
 WindowProc OwnProc(LONG_PTR pProc) { return reinterpret_cast<WindowProc>(pProc); }
 static_assert(sizeof(void*) == 8);
+
+HWND WindowOf(const FormCore& frm) { return static_cast<const WinForm&>(frm).Window(); }
+
+/// The answer of a box that is dismissed unanswered.
+std::int32_t DismissedAnswer(std::int32_t lStyle) {
+  switch (static_cast<std::uint32_t>(lStyle) & MB_TYPEMASK) {
+    case MB_OK:
+      return IDOK;
+    case MB_YESNO:
+      return IDNO;
+    default:
+      return IDCANCEL;
+  }
+}
 
 }  // namespace
 
@@ -40,93 +48,61 @@ WinToolkit::WinToolkit() {
 }
 
 WinToolkit::~WinToolkit() {
-  apForm.clear();
-  atUnloaded.clear();
+  LetGoOfForms();
   ::CoUninitialize();
 }
 
 // ---- Forms and events ---------------------------------------------------------------------------
 
-void WinToolkit::LoadForm(const FormDesign& tDesign, std::shared_ptr<FormEvents> pEvents) {
-  auto pForm = std::make_shared<WinForm>(*this, tDesign, std::move(pEvents));
-  apForm.push_back(pForm);
-  pForm->Load();
+std::shared_ptr<FormCore> WinToolkit::NewForm(const FormDesign& tDesign,
+                                              std::shared_ptr<FormEvents> pEvents) {
+  return std::make_shared<WinForm>(*this, tDesign, std::move(pEvents));
 }
 
-std::vector<std::shared_ptr<FormEvents>> WinToolkit::LoadedForms() const {
-  std::vector<std::shared_ptr<FormEvents>> apLogic;
-  apLogic.reserve(apForm.size());
-  for (const auto& pForm : apForm) apLogic.push_back(pForm->Logic());
-  return apLogic;
-}
-
-Form* WinToolkit::FormByName(std::string_view sName) {
-  const auto itForm = std::ranges::find_if(apForm, [&](const auto& pForm) {
-    return ::lstrcmpiA(pForm->Name().c_str(), std::string(sName).c_str()) == 0;
-  });
-  return itForm == apForm.end() ? nullptr : itForm->get();
-}
-
-WinForm* WinToolkit::FrontForm() {
+FormCore* WinToolkit::FrontForm() {
   HWND hActive = ::GetActiveWindow();
   // A message box or a dialog stands for its owner.
   for (; hActive != nullptr; hActive = ::GetWindow(hActive, GW_OWNER)) {
-    const auto itForm = std::ranges::find(apForm, hActive, &WinForm::Window);
-    if (itForm != apForm.end()) return itForm->get();
+    for (const auto& pForm : Forms()) {
+      if (WindowOf(*pForm) == hActive) return pForm.get();
+    }
   }
   return nullptr;
 }
 
-Form* WinToolkit::ActiveForm() { return FrontForm(); }
-
 void WinToolkit::Run() {
   MSG tMessage = {};
-  while (!apForm.empty() && ::GetMessageW(&tMessage, nullptr, 0, 0) > 0) {
+  while (!Forms().empty() && ::GetMessageW(&tMessage, nullptr, 0, 0) > 0) {
     ::TranslateMessage(&tMessage);
     ::DispatchMessageW(&tMessage);
     Sweep();
   }
 }
 
-void WinToolkit::FormUnloaded(const std::shared_ptr<WinForm>& pForm) {
-  std::erase(apForm, pForm);
-  atUnloaded.push_back({pForm, pForm->Logic()});
-}
-
-/// Called where no handler of any form is on the stack. A form whose logic is still in someone's
-/// hands may be asked for something yet.
-void WinToolkit::Sweep() {
-  std::erase_if(atUnloaded, [](const UnloadedForm& tForm) { return tForm.pEvents.expired(); });
-}
-
-void WinToolkit::DoEvents() {
-  if (steady_clock::now() - tLastEvents < EVENTS_INTERVAL) return;
+void WinToolkit::RunPendingEvents() {
   MSG tMessage = {};
   while (::PeekMessageW(&tMessage, nullptr, 0, 0, PM_REMOVE) != 0) {
     ::TranslateMessage(&tMessage);
     ::DispatchMessageW(&tMessage);
   }
-  tLastEvents = steady_clock::now();
 }
 
 void WinToolkit::EndProgram(std::int32_t lStatus) { ::ExitProcess(static_cast<UINT>(lStatus)); }
 
-std::int32_t WinToolkit::MessageBox(std::string_view sPrompt, std::int32_t lStyle,
-                                    std::string_view sTitle) {
-  const std::string sText(sPrompt);
-  const std::string sCaption(sTitle);
-  WinForm* const pOwner = pHandling != nullptr ? pHandling : FrontForm();
-  if (pOwner != nullptr) return pOwner->RunMessageBox(sText, lStyle, sCaption);
-  return ::MessageBoxA(nullptr, sText.c_str(), sCaption.c_str(), static_cast<UINT>(lStyle));
+std::int32_t WinToolkit::RunMessageBox(FormCore* pOwner, std::string_view sPrompt,
+                                       std::int32_t lStyle, std::string_view sTitle) {
+  const HWND hOwner = pOwner != nullptr ? WindowOf(*pOwner) : nullptr;
+  const auto pKeep = pOwner != nullptr ? pOwner->shared_from_this() : nullptr;
+  const int lAnswer =
+      ::MessageBoxA(::IsWindowVisible(hOwner) != 0 ? hOwner : nullptr, std::string(sPrompt).c_str(),
+                    std::string(sTitle).c_str(), static_cast<UINT>(lStyle));
+  return pKeep != nullptr && pKeep->IsUnloaded() ? DismissedAnswer(lStyle) : lAnswer;
 }
 
 // ---- Screen and icons ---------------------------------------------------------------------------
 
-Size WinToolkit::ScreenSize() const {
-  const auto fnTwips = [](std::int32_t lPixels) {
-    return static_cast<std::int32_t>(std::lround(lPixels * TwipsPerPixel()));
-  };
-  return {fnTwips(::GetSystemMetrics(SM_CXSCREEN)), fnTwips(::GetSystemMetrics(SM_CYSCREEN))};
+Size WinToolkit::ScreenPixels() const {
+  return {::GetSystemMetrics(SM_CXSCREEN), ::GetSystemMetrics(SM_CYSCREEN)};
 }
 
 double WinToolkit::TwipsPerPixelX() const { return TwipsPerPixel(); }

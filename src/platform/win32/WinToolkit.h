@@ -1,36 +1,23 @@
 #pragma once
 
-#include <chrono>
 #include <memory>
 #include <string>
-#include <utility>
-#include <vector>
 
-#include "platform/Toolkit.h"
+#include "platform/ToolkitCore.h"
 #include "platform/win32/WinHeaders.h"
 
 namespace platform::win32 {
 
-class WinForm;
-
 /// The toolkit on the Windows calls alone.
-class WinToolkit final : public Toolkit {
+class WinToolkit final : public ToolkitCore {
  public:
   WinToolkit();
   ~WinToolkit() override;
   WinToolkit(const WinToolkit&) = delete;
   WinToolkit& operator=(const WinToolkit&) = delete;
 
-  void LoadForm(const FormDesign& tDesign, std::shared_ptr<FormEvents> pEvents) override;
-  std::vector<std::shared_ptr<FormEvents>> LoadedForms() const override;
-  Form* FormByName(std::string_view sName) override;
-  Form* ActiveForm() override;
   void Run() override;
-  void DoEvents() override;
   [[noreturn]] void EndProgram(std::int32_t lStatus) override;
-  std::int32_t MessageBox(std::string_view sPrompt, std::int32_t lStyle,
-                          std::string_view sTitle) override;
-  Size ScreenSize() const override;
   double TwipsPerPixelX() const override;
   double TwipsPerPixelY() const override;
   std::uint32_t SetMouseHook(MouseProc fnMouseProc) override;
@@ -46,27 +33,16 @@ class WinToolkit final : public Toolkit {
   Size IconSize(IconKind eKind) const override;
   std::uint32_t LoadIcon(const std::string& sPath, Size tPixels) override;
 
-  // What follows is for this toolkit's own forms.
-
-  /// Keeps a form that has unloaded until nobody can reach it any more.
-  void FormUnloaded(const std::shared_ptr<WinForm>& pForm);
-
-  /// Exchanges the form whose event is being handled; gives the previous one, nullptr for none.
-  WinForm* ExchangeHandling(WinForm* pForm) { return std::exchange(pHandling, pForm); }
+  void SweepLater() override {}  // Run sweeps after every message
 
  private:
-  struct UnloadedForm {
-    std::shared_ptr<WinForm> pForm;
-    std::weak_ptr<FormEvents> pEvents;
-  };
-
-  WinForm* FrontForm();
-  void Sweep();
-
-  std::vector<std::shared_ptr<WinForm>> apForm;  // loaded or unloading, oldest first
-  std::vector<UnloadedForm> atUnloaded;
-  WinForm* pHandling = nullptr;
-  std::chrono::steady_clock::time_point tLastEvents;
+  std::shared_ptr<FormCore> NewForm(const FormDesign& tDesign,
+                                    std::shared_ptr<FormEvents> pEvents) override;
+  FormCore* FrontForm() override;
+  void RunPendingEvents() override;
+  std::int32_t RunMessageBox(FormCore* pOwner, std::string_view sPrompt, std::int32_t lStyle,
+                             std::string_view sTitle) override;
+  Size ScreenPixels() const override;
 };
 
 }  // namespace platform::win32
