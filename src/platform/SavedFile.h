@@ -5,8 +5,9 @@
 
 namespace platform {
 
-/// Creates a file with these contents, or replaces the plain file of that name whole: a failure at
-/// any point leaves an existing file as it was.
+/// Creates a file with these contents, or replaces the plain file of that name whole: a failure
+/// leaves an existing file as it was. One that may be written but not replaced (Linux: in a folder
+/// that is closed to the user) is written in place, once its room on the disk is made.
 /// @return an empty text, or the system's reason for the failure
 std::string SaveFileWhole(const std::string& sPath, std::string_view sContents);
 

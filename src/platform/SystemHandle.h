@@ -13,7 +13,8 @@ namespace platform {
 /// block outlives the handle of the block.
 void CloseSystemHandle(std::uint32_t hObject);
 
-/// The system's code for the last call on a system object that failed (GetLastError, errno).
+/// The system's code for the last call on named memory or an event that failed (GetLastError,
+/// errno).
 std::uint32_t LastSystemError();
 
 }  // namespace platform

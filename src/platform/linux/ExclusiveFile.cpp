@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <utility>
 
@@ -46,19 +45,14 @@ class ExclusiveFile final : public SystemObject {
   // written in place, since its settings would else never be saved.
   bool Write(std::string_view sText) {
     if (Replace(sText)) return true;
-    const bool bFixed = errno == EACCES || errno == EPERM || errno == EROFS || errno == EBUSY;
-    if (!bFixed || !IsAsRead()) return false;
+    if (!MayBeWrittenInPlace() || !IsAsRead()) return false;
     tRead.reset();
-    return ::lseek(tFile.Get(), 0, SEEK_SET) == 0 && tFile.WriteAll(sText) &&
-           ::ftruncate(tFile.Get(), static_cast<off_t>(sText.size())) == 0;
+    return tFile.WriteInPlace(sText);
   }
 
  private:
   bool Replace(std::string_view sText) {
-    const std::unique_ptr<char, decltype(&std::free)> pTarget(::realpath(sPath.c_str(), nullptr),
-                                                              &std::free);
-    if (pTarget == nullptr) return false;
-    const std::string sTarget = pTarget.get();
+    const std::string sTarget = TargetPath(sPath);
     const std::string sNew = sTarget + ".new";
     ::unlink(sNew.c_str());  // what a crashed holder left
     FileDescriptor tNew = OpenFile(sNew, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
@@ -110,34 +104,23 @@ std::uint32_t OpenExclusiveFile(const std::string& sPath) {
   for (int lTry = 0; lTry < MOST_TRIES; ++lTry) {
     FileDescriptor tFile = OpenFile(sPath, O_RDWR | O_CREAT | O_NONBLOCK, 0600);
     const auto tStatus = tFile.Status();
-    if (tStatus && !S_ISREG(tStatus->st_mode)) errno = EINVAL;
-    if (!tStatus || !S_ISREG(tStatus->st_mode) || !LockWhole(tFile)) {
-      SetLastSystemError(errno);
-      return 0;
-    }
+    if (!tStatus || !S_ISREG(tStatus->st_mode) || !LockWhole(tFile)) return 0;
     // Its holder may have replaced the file between opening and lock.
     if (LeadsTo(sPath, tFile)) {
       return AddSystemObject(std::make_unique<ExclusiveFile>(std::move(tFile), sPath));
     }
   }
-  SetLastSystemError(EAGAIN);
   return 0;
 }
 
 std::optional<std::string> ReadExclusiveFile(std::uint32_t hFile) {
   auto* const pFile = SystemObjectAs<ExclusiveFile>(hFile);
-  if (pFile == nullptr) return std::nullopt;
-  auto sText = pFile->Read();
-  if (!sText) SetLastSystemError(errno);
-  return sText;
+  return pFile != nullptr ? pFile->Read() : std::nullopt;
 }
 
 bool WriteExclusiveFile(std::uint32_t hFile, std::string_view sText) {
   auto* const pFile = SystemObjectAs<ExclusiveFile>(hFile);
-  if (pFile == nullptr) return false;
-  const bool bWritten = pFile->Write(sText);
-  if (!bWritten) SetLastSystemError(errno);
-  return bWritten;
+  return pFile != nullptr && pFile->Write(sText);
 }
 
 }  // namespace platform

@@ -2,7 +2,10 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <filesystem>
 #include <limits>
 #include <utility>
 
@@ -11,8 +14,8 @@ namespace platform {
 namespace {
 
 // Repeats a system call that a signal interrupted.
-template <typename fnCall>
-auto Uninterrupted(fnCall fnDo) {
+template <typename Call>
+auto Uninterrupted(Call fnDo) {
   auto lResult = fnDo();
   while (lResult == -1 && errno == EINTR) lResult = fnDo();
   return lResult;
@@ -79,9 +82,23 @@ bool FileDescriptor::WriteAll(std::string_view sText) const {
   return true;
 }
 
-bool FileDescriptor::Lock(int iCommand, short iType, off_t lFirst, off_t lBytes) const {
+bool FileDescriptor::WriteInPlace(std::string_view sText) const {
+  const auto tOld = Status();
+  if (!tOld) return false;
+  const auto lSize = static_cast<off_t>(sText.size());
+  const int lError = lSize > tOld->st_size ? ::posix_fallocate(hDescriptor, 0, lSize) : 0;
+  if (lError == ENOSPC || lError == EDQUOT || lError == EFBIG) {
+    static_cast<void>(::ftruncate(hDescriptor, tOld->st_size));
+    errno = lError;
+    return false;
+  }
+  return ::lseek(hDescriptor, 0, SEEK_SET) == 0 && WriteAll(sText) &&
+         ::ftruncate(hDescriptor, lSize) == 0;
+}
+
+bool FileDescriptor::Lock(int lCommand, short iType, off_t lFirst, off_t lBytes) const {
   struct flock tRange = ByteRange(iType, lFirst, lBytes);
-  return Uninterrupted([&] { return ::fcntl(hDescriptor, iCommand, &tRange); }) == 0;
+  return Uninterrupted([&] { return ::fcntl(hDescriptor, lCommand, &tRange); }) == 0;
 }
 
 bool FileDescriptor::LockedElsewhere(off_t lByte) const {
@@ -89,9 +106,23 @@ bool FileDescriptor::LockedElsewhere(off_t lByte) const {
   return ::fcntl(hDescriptor, F_OFD_GETLK, &tRange) != 0 || tRange.l_type != F_UNLCK;
 }
 
-FileDescriptor OpenFile(const std::string& sPath, int iFlags, mode_t lMode) {
-  const int iAllFlags = iFlags | O_CLOEXEC | O_NOCTTY;
-  return FileDescriptor(Uninterrupted([&] { return ::open(sPath.c_str(), iAllFlags, lMode); }));
+FileDescriptor OpenFile(const std::string& sPath, int lFlags, mode_t lMode) {
+  const int lAllFlags = lFlags | O_CLOEXEC | O_NOCTTY;
+  return FileDescriptor(Uninterrupted([&] { return ::open(sPath.c_str(), lAllFlags, lMode); }));
+}
+
+std::string TargetPath(const std::string& sPath) {
+  using namespace std::filesystem;
+  std::error_code tError;
+  const path tTarget = canonical(sPath, tError);
+  if (!tError) return tTarget.string();
+  const path tLink = read_symlink(sPath, tError);
+  return tError ? sPath : (path(sPath).parent_path() / tLink).string();
+}
+
+bool MayBeWrittenInPlace() {
+  constexpr std::array alReason = {EACCES, EPERM, EROFS, EBUSY, EOPNOTSUPP, ENOSYS, EINVAL};
+  return std::ranges::find(alReason, errno) != alReason.end();
 }
 
 }  // namespace platform

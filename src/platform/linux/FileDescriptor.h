@@ -33,13 +33,17 @@ class FileDescriptor {
   /// Appends a text whole.
   bool WriteAll(std::string_view sText) const;
 
+  /// Replaces the whole contents of an open file. Its room on the disk is made first, so that a
+  /// full disk leaves the old contents; a crash in the middle does not.
+  bool WriteInPlace(std::string_view sText) const;
+
   /// An open-file-description lock (fcntl(2)): it belongs to this opening, not to the process, and
   /// goes with it.
-  /// @param iCommand  F_OFD_SETLK, or F_OFD_SETLKW to wait
+  /// @param lCommand  F_OFD_SETLK, or F_OFD_SETLKW to wait
   /// @param iType     F_RDLCK, F_WRLCK or F_UNLCK
   /// @param lFirst    first byte; those of a file need not exist to be locked
   /// @param lBytes    how many, 0 for all to the end
-  bool Lock(int iCommand, short iType, off_t lFirst, off_t lBytes) const;
+  bool Lock(int lCommand, short iType, off_t lFirst, off_t lBytes) const;
 
   /// Whether another opening holds any lock on a byte.
   bool LockedElsewhere(off_t lByte) const;
@@ -49,7 +53,16 @@ class FileDescriptor {
 };
 
 /// open(2), closed on exec, never a controlling terminal.
-FileDescriptor OpenFile(const std::string& sPath, int iFlags, mode_t lMode = 0);
+FileDescriptor OpenFile(const std::string& sPath, int lFlags, mode_t lMode = 0);
+
+/// The path that a name stands for, through symbolic links, of which the last may lead to a file
+/// that is yet to be made.
+std::string TargetPath(const std::string& sPath);
+
+/// Whether a file that could not be replaced by another one, for the reason in errno, may still be
+/// written in place: its folder is closed, it is another user's or a mount, or its file system does
+/// not keep modes.
+bool MayBeWrittenInPlace();
 
 /// Whether two results of stat(2) are about the same file.
 inline bool SameFile(const struct stat& tLeft, const struct stat& tRight) {

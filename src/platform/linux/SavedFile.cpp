@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include "platform/linux/FileDescriptor.h"
 
@@ -15,49 +14,42 @@ namespace platform {
 
 namespace {
 
-// The file that a name stands for, through symbolic links where there are any.
-std::string Target(const std::string& sPath) {
-  const std::unique_ptr<char, decltype(&std::free)> pTarget(::realpath(sPath.c_str(), nullptr),
-                                                            &std::free);
-  return pTarget != nullptr ? pTarget.get() : sPath;
-}
-
-// The mode that a file at a path has, or that a new one gets.
-mode_t ModeFor(const std::string& sPath) {
-  struct stat tOld = {};
-  if (::stat(sPath.c_str(), &tOld) == 0) {
-    return tOld.st_mode & 0777U;
-  }
+mode_t ModeOfNewFiles() {
   const mode_t lMask = ::umask(0);
   ::umask(lMask);
   return 0666U & ~lMask;
 }
 
-}  // namespace
-
-std::string SaveFileWhole(const std::string& sPath, std::string_view sContents) {
-  const std::string sTarget = Target(sPath);
-  struct stat tOld = {};
-  if (::stat(sTarget.c_str(), &tOld) == 0) {
-    if (!S_ISREG(tOld.st_mode)) {
-      return "Not a plain file";
-    }
-    if (::access(sTarget.c_str(), W_OK) != 0) {
-      return std::strerror(errno);
-    }
-  }
-  std::string sNew = sTarget + ".XXXXXX";
+// Writes the contents beside the target and gives the new file the target's name.
+bool Replace(const std::string& sTarget, mode_t lMode, std::string_view sContents) {
+  std::string sNew = sTarget.substr(0, sTarget.rfind('/') + 1) + ".varnel-XXXXXX";
   const FileDescriptor tNew(::mkostemp(sNew.data(), O_CLOEXEC));
-  if (!tNew.IsOpen()) {
-    return std::strerror(errno);
-  }
-  if (tNew.WriteAll(sContents) && ::fchmod(tNew.Get(), ModeFor(sTarget)) == 0 &&
-      ::fsync(tNew.Get()) == 0 && ::rename(sNew.c_str(), sTarget.c_str()) == 0) {
-    return {};
+  if (!tNew.IsOpen()) return false;
+  static_cast<void>(::fchmod(tNew.Get(), lMode));  // not every file system keeps modes
+  if (tNew.WriteAll(sContents) && ::fsync(tNew.Get()) == 0 &&
+      ::rename(sNew.c_str(), sTarget.c_str()) == 0) {
+    return true;
   }
   const int lError = errno;
   ::unlink(sNew.c_str());
-  return std::strerror(lError);
+  errno = lError;
+  return false;
+}
+
+}  // namespace
+
+std::string SaveFileWhole(const std::string& sPath, std::string_view sContents) {
+  const std::string sTarget = TargetPath(sPath);
+  struct stat tOld = {};
+  const bool bOld = ::stat(sTarget.c_str(), &tOld) == 0;
+  if (bOld && !S_ISREG(tOld.st_mode)) return "Not a plain file";
+  if (bOld && ::access(sTarget.c_str(), W_OK) != 0) return std::strerror(errno);
+  if (Replace(sTarget, bOld ? tOld.st_mode & 0777U : ModeOfNewFiles(), sContents)) return {};
+  if (bOld && MayBeWrittenInPlace()) {
+    const FileDescriptor tFile = OpenFile(sTarget, O_WRONLY);
+    if (tFile.IsOpen() && tFile.WriteInPlace(sContents)) return {};
+  }
+  return std::strerror(errno);
 }
 
 }  // namespace platform
