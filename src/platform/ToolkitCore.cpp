@@ -34,7 +34,12 @@ char UpperCase(char bCharacter) {
 void ToolkitCore::LoadForm(const FormDesign& tDesign, std::shared_ptr<FormEvents> pEvents) {
   const auto pForm = NewForm(tDesign, std::move(pEvents));
   apForm.push_back(pForm);
-  pForm->Load();
+  try {
+    pForm->Load();
+  } catch (...) {
+    pForm->Unload();  // or it would count as loaded for good, and the program never end
+    throw;
+  }
 }
 
 std::vector<std::shared_ptr<FormEvents>> ToolkitCore::LoadedForms() const {

@@ -66,9 +66,6 @@ std::int32_t ControlCharacter(const QKeyEvent& tKey) {
   return iKey == VK_BACK || iKey == VK_RETURN || iKey == VK_ESCAPE ? iKey : 0;
 }
 
-/// The reason of a change of focus that the user did not make.
-constexpr Qt::FocusReason FOCUS_YIELDED = Qt::NoFocusReason;
-
 /// Sends a control's focus changes and keys to the form's logic before the widget acts on them.
 class ControlEvents final : public QObject {
  public:
@@ -102,7 +99,7 @@ class ControlEvents final : public QObject {
                        tFocus.reason() == Qt::MenuBarFocusReason;
     const bool bOther = tFocus.gotFocus() && frm.NoteFocus(iControl) != iControl;
     if (bAway && !bOther) return;
-    if (tFocus.lostFocus() && tFocus.reason() == FOCUS_YIELDED) return;
+    if (tFocus.lostFocus() && frm.IsFocusTaken()) return;
     frm.Post([bGot = tFocus.gotFocus(), iOwn = iControl](FormEvents& tEvents) {
       bGot ? tEvents.GotFocus(iOwn) : tEvents.LostFocus(iOwn);
     });
@@ -278,7 +275,7 @@ void YieldFocus(QWidget& tWidget) {
   QWidget* const lst = pClient->findChild<QListView*>();
   const bool bList =
       lst != nullptr && lst != &tWidget && lst->isEnabled() && lst->isVisibleTo(pClient);
-  (bList ? lst : pClient)->setFocus(FOCUS_YIELDED);
+  static_cast<QtForm&>(*tWidget.window()).TakeFocusTo(bList ? *lst : *pClient);
 }
 
 BuiltControl BuildControl(QtForm& frm, QWidget& tParent, const ControlDesign& tDesign,

@@ -108,9 +108,11 @@ std::int32_t RunMessageBox(QtForm* pOwner, std::string_view sPrompt, std::int32_
     tBox.setWindowModality(Qt::WindowModal);
     tBox.exec();
   }
+  // A box whose form is gone by now may have been answered while another box was on top of it.
+  const bool bGone = pOwner != nullptr && pOwner->IsUnloaded();
   for (const Answer& tAnswer : atAnswer) {
-    if (tBox.clickedButton() != nullptr && tBox.clickedButton() == tBox.button(tAnswer.eButton))
-      return tAnswer.lResult;
+    const auto* cmd = tBox.clickedButton();
+    if (!bGone && cmd != nullptr && cmd == tBox.button(tAnswer.eButton)) return tAnswer.lResult;
   }
   return atAnswer.back().lResult;
 }

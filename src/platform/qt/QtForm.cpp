@@ -8,6 +8,7 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QListView>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QWheelEvent>
 #include <QWindow>
@@ -134,8 +135,12 @@ void QtForm::BringToTop() {
 void QtForm::SetFocus() {
   if (!isVisible()) return;
   tToolkit.NoteOwnAction();
-  bActivationAsked = !isActiveWindow();
   activateWindow();
+}
+
+void QtForm::TakeFocusTo(QWidget& tWidget) {
+  const QScopedValueRollback tTaken(bFocusTaken, true);
+  tWidget.setFocus(Qt::OtherFocusReason);
 }
 
 void QtForm::SetMousePointer(MousePointer ePointer) {
@@ -211,7 +216,9 @@ int QtForm::RunDialog(QDialog& tDialog) {
     tToolkit.SweepLater();
     return QDialog::Rejected;
   }
-  SetFocus();  // not every window manager gives it back to the dialog's owner by itself
+  // Not every window manager gives the focus back to the dialog's owner by itself.
+  const QWidget* pActive = QApplication::activeWindow();
+  if (pActive == nullptr || pActive == this || pActive == &tDialog) SetFocus();
   return lResult;
 }
 
@@ -247,8 +254,19 @@ void QtForm::RunPosted() {
 }
 
 void QtForm::ReportActivation() {
-  if (!std::exchange(bActivationAsked, false)) tToolkit.ReportFramePress();
-  Post([](FormEvents& tEvents) { tEvents.Activate(); });
+  Post([this, bPressed = FrameWasPressed()](FormEvents& tEvents) {
+    tEvents.Activate();
+    if (bPressed) tToolkit.ReportFramePress();
+  });
+}
+
+/// On Linux a window's frame belongs to the window manager, and presses on it are not shown to the
+/// program; but what they bring about is: the window becomes active or moves while the pointer
+/// stands on its frame. The same may come of the program's own doing, shortly after it.
+bool QtForm::FrameWasPressed() const {
+  const QPoint tPointer = QCursor::pos();
+  return !tToolkit.FollowsOwnAction() && frameGeometry().contains(tPointer) &&
+         !geometry().contains(tPointer);
 }
 
 /// Sees what the window system sends to the window before any control does.
@@ -286,7 +304,7 @@ void QtForm::closeEvent(QCloseEvent* pEvent) {
 
 void QtForm::moveEvent(QMoveEvent* pEvent) {
   QWidget::moveEvent(pEvent);
-  if (bFrameKnown && pEvent->spontaneous()) tToolkit.ReportFramePress();
+  if (bFrameKnown && pEvent->spontaneous() && FrameWasPressed()) tToolkit.ReportFramePress();
 }
 
 void QtForm::resizeEvent(QResizeEvent* pEvent) {

@@ -53,6 +53,10 @@ class QtForm final : public QWidget, public FormCore {
   /// Notes the control that got the focus; gives the one that got it before, or -1.
   std::int16_t NoteFocus(std::int16_t iControl) { return std::exchange(iFocus, iControl); }
 
+  /// Moves the focus without the control that has it being left by the user.
+  void TakeFocusTo(QWidget& tWidget);
+  bool IsFocusTaken() const { return bFocusTaken; }  ///< it is being moved so
+
   /// Runs a dialog that is modal to this form until it is answered or the form is unloaded; gives
   /// the dialog's result, QDialog::Rejected for an unloaded form.
   int RunDialog(QDialog& tDialog);
@@ -75,14 +79,15 @@ class QtForm final : public QWidget, public FormCore {
   QRect ClientPlace() const;
   void RunPosted();
   void ReportActivation();
+  bool FrameWasPressed() const;
 
   QtToolkit& tToolkit;
   QWidget* pClient;
   QtMenus tMenus;
   QTimer tmrForm;
   std::int16_t iFocus = -1;
+  bool bFocusTaken = false;
   bool bFrameKnown = false;
-  bool bActivationAsked = false;
   PixelPlace tWanted{};  // the outer place, until the frame is known
   std::array<std::uint32_t, 2> ahIcon{};
   std::vector<QDialog*> apDialog;  // open, innermost last

@@ -173,12 +173,12 @@ std::intptr_t QtToolkit::CallNextHook(std::uint32_t /*hHook*/, std::int32_t /*nC
 
 void QtToolkit::NoteOwnAction() { tLastOwnAction = steady_clock::now(); }
 
-/// On Linux a window's frame belongs to the window manager, and presses on it are not shown to the
-/// program; but what they bring about is, a window that becomes active or moves. The same comes of
-/// the program's own doing, shortly after it, and does not count then.
-void QtToolkit::ReportFramePress() {
-  if (pMouseWatch != nullptr && steady_clock::now() - tLastOwnAction > OWN_ACTION_ECHO)
-    pMouseWatch->Report(WM_NCLBUTTONDOWN);
+bool QtToolkit::FollowsOwnAction() const {
+  return steady_clock::now() - tLastOwnAction < OWN_ACTION_ECHO;
+}
+
+void QtToolkit::ReportFramePress() const {
+  if (pMouseWatch != nullptr) pMouseWatch->Report(WM_NCLBUTTONDOWN);
 }
 
 // ---- List subclassing ---------------------------------------------------------------------------

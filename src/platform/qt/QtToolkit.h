@@ -49,8 +49,9 @@ class QtToolkit final : public ToolkitCore {
 
   /// Notes that a window is about to move, open, close or become active by the program's own doing.
   void NoteOwnAction();
-  /// Reports a press on a window's frame, unless it is the echo of the program's own doing.
-  void ReportFramePress();
+  /// Whether what happens to a window now may be the echo of that.
+  bool FollowsOwnAction() const;
+  void ReportFramePress() const;  ///< to the mouse hook
 
   const QImage* Icon(std::uint32_t hIcon) const;  ///< nullptr: no such icon
 
