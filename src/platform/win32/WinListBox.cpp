@@ -46,27 +46,46 @@ std::int32_t ListWindow::Ask(UINT uMsg, std::int32_t lArgument) const {
 
 void ListWindow::SetLines(const ListLines* pNewLines) {
   pLines = pNewLines;
+  lLongest = Longest(0, LineCount());
   Show(0, -1);
 }
 
 void ListWindow::LinesReplaced(std::int32_t lFirst, std::int32_t lRemoved, std::int32_t lInserted) {
   const ReplacedLines tReplaced{lFirst, lRemoved, lInserted};
+  RECT tInside = {};
+  ::GetClientRect(Handle(), &tInside);
+  // The line that needs the horizontal scroll bar may be among the removed.
+  lLongest = Extent() > tInside.right ? Longest(0, LineCount())
+                                      : std::max(lLongest, Longest(lFirst, lInserted));
   Show(tReplaced.Moved(TopIndex()), tReplaced.MovedSelection(SelectedIndex()));
 }
 
+std::int32_t ListWindow::LineCount() const { return pLines != nullptr ? pLines->LineCount() : 0; }
+
+std::int32_t ListWindow::Longest(std::int32_t lFirst, std::int32_t lCount) const {
+  std::int32_t lColumns = 0;
+  for (std::int32_t lLine = lFirst; lLine < lFirst + lCount; ++lLine)
+    lColumns = std::max(lColumns, TextColumns(pLines->Line(lLine)));
+  return lColumns;
+}
+
+std::int32_t ListWindow::Extent() const { return TextLeft() + lLongest * lColumn; }
+
 /// Tells the control of the lines there are now, and what of them to show.
 void ListWindow::Show(std::int32_t lTop, std::int32_t lSelected) {
-  const std::int32_t lCount = pLines != nullptr ? pLines->LineCount() : 0;
-  std::int32_t lLongest = 0;
-  for (std::int32_t lLine = 0; lLine < lCount; ++lLine) {
-    lLongest = std::max(lLongest, TextColumns(pLines->Line(lLine)));
+  // Each change of the scroll bars draws them anew.
+  const bool bScrollBars = LineCount() != Ask(LB_GETCOUNT) ||
+                           Extent() != Ask(LB_GETHORIZONTALEXTENT) || lTop != TopIndex();
+  if (bScrollBars) {
+    Ask(WM_SETREDRAW, FALSE);
+    Ask(LB_SETCOUNT, LineCount());
+    Ask(LB_SETHORIZONTALEXTENT, Extent());
   }
-  Ask(WM_SETREDRAW, FALSE);
-  Ask(LB_SETCOUNT, lCount);
-  Ask(LB_SETHORIZONTALEXTENT, TextLeft() + lLongest * lColumn);
-  Ask(LB_SETCURSEL, lSelected);
-  Ask(LB_SETTOPINDEX, lTop);
-  Ask(WM_SETREDRAW, TRUE);
+  if (lSelected != SelectedIndex()) Ask(LB_SETCURSEL, lSelected);
+  if (bScrollBars) {
+    Ask(LB_SETTOPINDEX, lTop);
+    Ask(WM_SETREDRAW, TRUE);
+  }
   ::InvalidateRect(Handle(), nullptr, TRUE);
 }
 
@@ -75,11 +94,8 @@ std::int32_t ListWindow::SelectedIndex() const { return Ask(LB_GETCURSEL); }
 void ListWindow::SetSelectedIndex(std::int32_t lIndex) {
   // The control scrolls to what it selects; the form wants its line where it stands.
   const std::int32_t lTop = TopIndex();
-  Ask(WM_SETREDRAW, FALSE);
   const bool bSelected = Ask(LB_SETCURSEL, lIndex) != LB_ERR;
-  Ask(LB_SETTOPINDEX, lTop);
-  Ask(WM_SETREDRAW, TRUE);
-  ::InvalidateRect(Handle(), nullptr, FALSE);
+  if (TopIndex() != lTop) Ask(LB_SETTOPINDEX, lTop);
   if (bSelected) Report(&FormEvents::Click);
 }
 
@@ -118,7 +134,7 @@ void ListWindow::Draw(const DRAWITEMSTRUCT& tItem) const {
   ::SelectObject(tItem.hDC, hFont);
   ::SetTextColor(tItem.hDC, ::GetSysColor(bSelected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
   ::SetBkColor(tItem.hDC, ::GetSysColor(bSelected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
-  const bool bLine = pLines != nullptr && lLine >= 0 && lLine < pLines->LineCount();
+  const bool bLine = lLine >= 0 && lLine < LineCount();
   DrawLine(tItem.hDC, tItem.rcItem, bLine ? pLines->Line(lLine) : std::string_view());
   if ((tItem.itemState & ODS_FOCUS) != 0) ::DrawFocusRect(tItem.hDC, &tItem.rcItem);
 }

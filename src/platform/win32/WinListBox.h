@@ -32,12 +32,17 @@ class ListWindow final : public ListBox, public ControlWindow {
 
  private:
   std::int32_t Ask(UINT uMsg, std::int32_t lArgument = 0) const;
+  std::int32_t LineCount() const;
+  /// Columns of the longest of some lines.
+  std::int32_t Longest(std::int32_t lFirst, std::int32_t lCount) const;
+  std::int32_t Extent() const;  // width of the longest line in pixels
   void Show(std::int32_t lTop, std::int32_t lSelected);
   void DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLine) const;
 
   HFONT hFont;
   const ListLines* pLines = nullptr;
-  int lColumn;  // width of a column in pixels
+  int lColumn;                // width of a column in pixels
+  std::int32_t lLongest = 0;  // columns of the longest line
 };
 
 }  // namespace platform::win32
