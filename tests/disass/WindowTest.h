@@ -62,7 +62,7 @@ class WindowTest : public testing::Test {
     test::SetEnvironment("TEMP", tFolder.Path());
     test::SetEnvironment("LOCALAPPDATA", tFolder.Path());
     for (size_t lValue = 1; lValue < asValue.size(); ++lValue) {
-      asValue[lValue] = tFolder.Path("object," + to_string(lValue));
+      asValue[lValue] = test::UniqueName() + ", an object";
     }
     ahObject = {platform::CreateNamedMemory(asValue[1], 0x20000),
                 platform::CreateNamedMemory(asValue[5], 512),

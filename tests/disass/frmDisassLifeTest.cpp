@@ -2,6 +2,7 @@
 
 #include "disass/WindowTest.h"
 #include "link/modALLProcessEvents.h"
+#include "platform/Environment.h"
 
 namespace {
 
@@ -57,6 +58,9 @@ TEST_F(WindowTest, FirstWindowStartsAndEndsInOrder) {
 
 TEST_F(WindowTest, StartUpThatCannotLinkEndsTheProgram) {
   const string sReading = "Unable to read configuration temp file\r\n\r\nError: ";
+  // EINVAL, ERROR_INVALID_NAME
+  const string sNoName = string("CreateFileMapping failed - LastError: ") +
+                         (platform::PATH_SEPARATOR == '/' ? "16" : "7B");
   const struct {
     size_t lValues,
         lChanged;  // how many the temp file has, 0: no file; which of them is changed ...
@@ -68,8 +72,8 @@ TEST_F(WindowTest, StartUpThatCannotLinkEndsTheProgram) {
                 {25, 21, "", "CreateEvent failed", "100"},
                 {25, 22, "", "CreateEvent failed", "110"},
                 {25, 23, "", "CreateEvent failed", "120"},
-                {25, 1, "", "CreateFileMapping failed - LastError: 16", "130"},
-                {25, 5, "", "CreateFileMapping failed - LastError: 16", "131"}};
+                {25, 1, "", sNoName, "130"},
+                {25, 5, "", sNoName, "131"}};
   const auto asGood = asValue;
   for (const auto& tCase : atCase) {
     SCOPED_TRACE(tCase.sMessage);

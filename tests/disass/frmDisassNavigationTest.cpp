@@ -1,6 +1,7 @@
 // Mouse and keys on the listing, the editor that follows its scrolling, breakpoints, saving.
 
 #include "disass/WindowTest.h"
+#include "platform/SavedFile.h"
 #include "util/modALLUtilityDialogs.h"
 
 namespace {
@@ -94,8 +95,9 @@ TEST_F(WindowTest, SavesTheListing) {
       tAsked{sOld + "\r\n\r\nFile already exists. Do you confirm overwrite?", 33,
              "Varnel - Question"},
       tDialog{"Unexpected error. Err 5 : No printer", 16, "Varnel - Error"},
-      tFolderGone{"Unable to save the file\r\n\r\n" + sIn + "\r\n\r\nNo such file or directory", 16,
-                  "Varnel - Error"};
+      tFolderGone{
+          "Unable to save the file\r\n\r\n" + sIn + "\r\n\r\n" + platform::SaveFileWhole(sIn, ""),
+          16, "Varnel - Error"};
   Form* pfrm = nullptr;
   const Action fnClose = [&] { pfrm->Unload(); }, fnList = [&] { List(*pfrm, "8001", "8003"); };
   const Action fnGoOn = [] {};

@@ -1,104 +1,113 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
-#include <cstdlib>
+#include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <random>
-#include <sstream>
 #include <string>
-#include <utility>
+#include <string_view>
+#include <vector>
+
+#include "platform/NamedMemory.h"
 
 /// What tests between real processes need.
 namespace test {
 
-/// Memory, zero at first, that a test shares with the processes that it forks from then on.
-template <typename State>
-State& Shared() {
-  constexpr int FLAGS = MAP_SHARED | MAP_ANONYMOUS;
-  return *new (::mmap(nullptr, sizeof(State), PROT_READ | PROT_WRITE, FLAGS, -1, 0)) State();
-}
+using Arguments = std::vector<std::string>;
 
-/// A forked process. It fails when an expectation in it does; when it has run it ends as the
-/// program does, by quick_exit. It is killed when it is still there at its end of scope.
+/// Code that tests run in processes of their own, for which the test program starts itself. All of
+/// it stands at namespace scope, where every start of the program finds it.
+class ChildCode {
+ public:
+  using Main = void (*)(const Arguments& asArgument);
+  explicit ChildCode(Main fnMain);
+  std::string Number() const { return std::to_string(lNumber); }
+
+ private:
+  std::size_t lNumber;
+};
+
+/// A process that runs such code. It fails when an expectation in it does; when it has run it ends
+/// as the program does, without the ends of static objects. It is killed when it is still there at
+/// its end of scope.
 class ChildProcess {
  public:
-  explicit ChildProcess(const std::function<void()>& fnMain) {
-    std::fflush(nullptr);
-    lProcess = ::fork();
-    if (lProcess != 0) return;
-    fnMain();
-    std::fflush(nullptr);
-    std::quick_exit(testing::Test::HasFailure() ? 1 : 0);
-  }
+  explicit ChildProcess(const ChildCode& tCode, const Arguments& asArgument = {});
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
   ~ChildProcess() { Kill(); }
-
-  void Kill() {
-    if (lProcess > 0) ::kill(lProcess, SIGKILL);
-    Succeeded();
-  }
-  bool Succeeded() {
-    int iStatus = -1;
-    if (lProcess > 0) ::waitpid(std::exchange(lProcess, -1), &iStatus, 0);
-    return iStatus == 0;
-  }
+  void Kill();
+  bool Succeeded();  ///< waits for its end
 
  private:
-  pid_t lProcess = -1;
+  std::uint32_t hProcess;
 };
 
-inline bool RunInChild(const std::function<void()>& fnMain) {
-  return ChildProcess(fnMain).Succeeded();
+inline bool RunInChild(const ChildCode& tCode, const Arguments& asArgument = {}) {
+  return ChildProcess(tCode, asArgument).Succeeded();
 }
+
+/// Memory, zero at first, that a test shares with its processes by a name.
+template <typename State>
+class Shared {
+ public:
+  explicit Shared(const std::string& sName)
+      : hMemory(platform::CreateNamedMemory(sName, sizeof(State))),
+        pState(reinterpret_cast<State*>(platform::MapNamedMemory(hMemory))) {}
+  Shared(const Shared&) = delete;
+  Shared& operator=(const Shared&) = delete;
+  ~Shared() {
+    platform::UnmapNamedMemory(reinterpret_cast<std::uint8_t*>(pState));
+    platform::CloseSystemHandle(hMemory);
+  }
+  State& operator*() const { return *pState; }
+  State* operator->() const { return pState; }
+
+ private:
+  std::uint32_t hMemory;
+  State* pState;
+};
 
 /// Sleeps for a random time, in microseconds.
-inline void SleepUpTo(unsigned lMost) {
-  static std::minstd_rand tRandom;
-  ::usleep(static_cast<useconds_t>(tRandom() % lMost));
-}
+void SleepUpTo(unsigned lMost);
 
 /// Waits until something is true; gives up after 20 seconds.
-inline bool WaitUntil(const std::function<bool()>& fnTrue) {
-  for (int iTry = 0; iTry < 200000 && !fnTrue(); ++iTry) ::usleep(100);
-  return fnTrue();
-}
+bool WaitUntil(const std::function<bool()>& fnTrue);
+
+/// A name that no other test has.
+std::string UniqueName();
 
 /// A folder of the test's own, removed with all that is in it.
 class TestFolder {
  public:
-  TestFolder() {
-    // Asked once: tests set TEMP to folders of their own.
-    static const auto tRoot = std::filesystem::temp_directory_path();
-    sFolder = tRoot / "varnel-test-XXXXXX";
-    if (::mkdtemp(sFolder.data()) == nullptr) throw std::runtime_error("no folder for the test");
-  }
+  TestFolder();
   TestFolder(const TestFolder&) = delete;
   TestFolder& operator=(const TestFolder&) = delete;
-  ~TestFolder() { std::filesystem::remove_all(sFolder); }
+  ~TestFolder() { std::filesystem::remove_all(tFolder); }
   std::string Path(const std::string& sName = "") const {
-    return sName.empty() ? sFolder : sFolder + "/" + sName;
+    return (sName.empty() ? tFolder : tFolder / sName).string();
   }
 
  private:
-  std::string sFolder;
+  std::filesystem::path tFolder;
 };
 
-inline std::string ReadFile(const std::string& sPath) {
-  std::ostringstream tText;
-  tText << std::ifstream(sPath, std::ios::binary).rdbuf();
-  return std::move(tText).str();
-}
+std::string ReadFile(const std::string& sPath);
+void WriteFile(const std::string& sPath, std::string_view sText);
 
-inline void WriteFile(const std::string& sPath, std::string_view sText) {
-  std::ofstream(sPath, std::ios::binary) << sText;
-}
+// Of these each system has its own.
+
+/// Ends a started process at once.
+void KillProcess(std::uint32_t hProcess);
+
+/// Sets an environment variable of this process and of those that it starts; empty: takes it away.
+void SetEnvironment(const std::string& sName, const std::string& sValue);
+
+/// From now on this process may write only what any user may; false when that cannot be had.
+bool GiveUpRights();
+
+/// Ends this process as the program ends itself.
+[[noreturn]] void EndProcess(int lStatus);
 
 }  // namespace test

@@ -1,6 +1,8 @@
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
+#include <cstdlib>
 
 #include "platform/Environment.h"
 #include "platform/TestProcess.h"
@@ -31,14 +33,12 @@ TEST(Environment, FoldersAreTheNamedOnesOrTheUsersOwn) {
       {"TMPDIR", "bad", "", "HOME", "group", "group/.local/share"},
   };
   for (const auto& asOne : asCase) {
-    EXPECT_TRUE(test::RunInChild([&] {
-      ::clearenv();
-      ::setenv("TMPDIR", tFolder.Path("tmp").c_str(), 1);
-      ::setenv(asOne[0].c_str(), tFolder.Path(asOne[1]).c_str(), 1);
-      ::setenv(asOne[3].c_str(), tFolder.Path(asOne[4]).c_str(), 1);
-      EXPECT_EQ(platform::UserTempFolder().value_or(tFolder.Path()), tFolder.Path(asOne[2]));
-      EXPECT_EQ(platform::UserDataFolder().value_or(tFolder.Path()), tFolder.Path(asOne[5]));
-    })) << asOne[0];
+    ::clearenv();
+    ::setenv("TMPDIR", tFolder.Path("tmp").c_str(), 1);
+    ::setenv(asOne[0].c_str(), tFolder.Path(asOne[1]).c_str(), 1);
+    ::setenv(asOne[3].c_str(), tFolder.Path(asOne[4]).c_str(), 1);
+    EXPECT_EQ(platform::UserTempFolder().value_or(tFolder.Path()), tFolder.Path(asOne[2]));
+    EXPECT_EQ(platform::UserDataFolder().value_or(tFolder.Path()), tFolder.Path(asOne[5]));
   }
 }
 
