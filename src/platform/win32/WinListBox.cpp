@@ -144,7 +144,10 @@ void ListWindow::DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLin
   RECT tInside = {};
   ::GetClientRect(Handle(), &tInside);
   const int lLeft = tLine.left + TextLeft();
-  const int lFirst = std::max(0, -lLeft / lColumn);
+  // A list that is scrolled sideways has its lines begin left of it, or its drawing surface.
+  POINT tStart = {lLeft, tLine.top};
+  ::LPtoDP(hSurface, &tStart, 1);
+  const int lFirst = std::max(0, -static_cast<int>(tStart.x) / lColumn);
   const int lColumns = std::max(0, static_cast<int>(sLine.size()) - lFirst);
   sLine = sLine.substr(
       static_cast<std::size_t>(lColumns == 0 ? 0 : lFirst),
