@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <random>
 
 #include "config/modAllIni.h"
 #include "disass/RecordingToolkit.h"
@@ -11,6 +12,7 @@
 #include "platform/NamedEvent.h"
 #include "platform/NamedMemory.h"
 #include "platform/TestProcess.h"
+#include "z80/modDISAsm.h"
 
 using namespace frmDisassDesign;  // NOLINT(google-build-using-namespace): the numbers are its use
 using namespace recording;        // NOLINT(google-build-using-namespace): likewise
@@ -154,4 +156,35 @@ class WindowTest : public testing::Test {
   uint8_t* abRam = nullptr;
   uint32_t* alControl = nullptr;  ///< 0: active program, 2: show address, 3: breakpoint
   Toolkit tToolkit;
+};
+
+/// Random memory under windows, and random instructions to type into them.
+class RandomTyping : public WindowTest {
+ protected:
+  RandomTyping() {
+    for (int32_t lByte = 0; lByte < 0x10000; ++lByte) {
+      abRam[lByte] =
+          Random(4) == 0 ? Random(256) : std::array<uint8_t, 3>{0xDD, 0x21, 0xCB}[Random(3)];
+      abRam[0x10000 + lByte] = Random(20) == 0;
+    }
+  }
+  uint8_t Random(uint32_t lBelow) { return static_cast<uint8_t>(tRandom() % lBelow); }
+  /// Some instruction that assembles, and the bytes to be written when it is typed over sLine.
+  std::pair<string, std::vector<uint8_t>> Invent(string_view sLine) {
+    const int32_t lAddress = modDISListing::LineAddress(sLine);
+    modDISAsm::AsmBytes tBytes;
+    string sText, sError;
+    do {
+      MemoryImage abImage{};
+      for (int32_t lByte = 0; lByte < 4; ++lByte) {
+        abImage[static_cast<size_t>(AddrAdd(lAddress, lByte))] = Random(256);
+      }
+      sText = modALLDisass::DisassembleInstruction(abImage, lAddress).tText.View();
+    } while (!modDISAsm::AsmAssemble(sText, lAddress, tBytes, sError));
+    std::vector<uint8_t> abWritten(tBytes.View().begin(), tBytes.View().end());
+    const auto lCurrent = static_cast<size_t>(modDISListing::CountLineBytes(sLine));
+    abWritten.resize(std::max(abWritten.size(), lCurrent));
+    return {sText, abWritten};
+  }
+  std::mt19937 tRandom{7};
 };

@@ -1,6 +1,5 @@
 // The in-place editor, what it asks and writes, and what may happen while it asks.
 
-#include <random>
 #include <sstream>
 
 #include "disass/WindowTest.h"
@@ -218,45 +217,14 @@ TEST_F(WindowTest, EditorsElsewhereFollowAChange) {
   }
 }
 
-/// Random memory, and random instructions typed into windows over it.
-class RandomTyping : public WindowTest {
- protected:
-  RandomTyping() {
-    for (int32_t lByte = 0; lByte < 0x10000; ++lByte) {
-      abRam[lByte] =
-          Random(4) == 0 ? Random(256) : std::array<uint8_t, 3>{0xDD, 0x21, 0xCB}[Random(3)];
-      abRam[0x10000 + lByte] = Random(20) == 0;
-    }
-  }
-  uint8_t Random(uint32_t lBelow) { return static_cast<uint8_t>(tRandom() % lBelow); }
-  /// Types some instruction that assembles, over sLine; gives the bytes that are to be written.
-  std::vector<uint8_t> Type(Form& frm, string_view sLine) {
-    const int32_t lAddress = modDISListing::LineAddress(sLine);
-    modDISAsm::AsmBytes tBytes;
-    string sText, sError;
-    do {
-      MemoryImage abImage{};
-      for (int32_t lByte = 0; lByte < 4; ++lByte) {
-        abImage[static_cast<size_t>(AddrAdd(lAddress, lByte))] = Random(256);
-      }
-      sText = modALLDisass::DisassembleInstruction(abImage, lAddress).tText.View();
-    } while (!modDISAsm::AsmAssemble(sText, lAddress, tBytes, sError));
-    frm.Type(sText);
-    std::vector<uint8_t> abWritten(tBytes.View().begin(), tBytes.View().end());
-    const auto lCurrent = static_cast<size_t>(modDISListing::CountLineBytes(sLine));
-    abWritten.resize(std::max(abWritten.size(), lCurrent));
-    return abWritten;
-  }
-  std::mt19937 tRandom{7};
-};
-
 TEST_F(RandomTyping, LineAfterLineGivesTheProgram) {
   Form &frm = Open(0x8000), &frmOther = Open(0x8001);
   frm.Press(CHK_LONG);
   frm.Press(CHK_ALLOW);
   Edit(frm, 0x8000);
   for (int32_t lLine = 0, lAddress = 0x8000; lLine < 200; ++lLine) {
-    const auto abWritten = Type(frm, Lines(frm).Line(frm.ControlOf(LST_DIS).lSelected));
+    const auto [sText, abWritten] = Invent(Lines(frm).Line(frm.ControlOf(LST_DIS).lSelected));
+    frm.Type(sText);
     frm.Key(ENTER);
     ASSERT_TRUE(std::equal(abWritten.begin(), abWritten.end(), abRam + lAddress)) << Hex4(lAddress);
     lAddress += static_cast<int32_t>(abWritten.size());
@@ -278,7 +246,8 @@ TEST_F(RandomTyping, KeepsAllWindowsInStep) {
     const string sLine(Lines(frm).Line(lLine));
     frm.DoubleClick(LST_DIS, lLine);
     std::vector<uint8_t> abExpected(abRam, abRam + 0x10000);
-    const auto abWritten = Type(frm, sLine);
+    const auto [sText, abWritten] = Invent(sLine);
+    frm.Type(sText);
     const bool bYes = Random(4) != 0;
     for (int iBox = 0; iBox < 2; ++iBox) tToolkit.Answer(bYes ? YES : NO);
     frm.Key(ENTER);

@@ -645,12 +645,24 @@ TEST_F(QtToolkitTest, IconsAreLoadedOnce) {
   EXPECT_EQ(Widget(frm).windowIcon().availableSizes().size(), 2);
 }
 
-}  // namespace
+/// The toolkit is there for as long as tests run.
+class RealToolkit final : public testing::Environment {
+ public:
+  void SetUp() override {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    pToolkit = CreateToolkit(lArgc, asArgv.data());
+    SetToolkit(*pToolkit);
+  }
+  void TearDown() override { pToolkit.reset(); }
 
-int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  const auto pToolkit = CreateToolkit(argc, argv);
-  SetToolkit(*pToolkit);
-  return RUN_ALL_TESTS();
-}
+ private:
+  std::string sProgram = "qt_toolkit_test";
+  int lArgc = 1;
+  std::array<char*, 2> asArgv = {sProgram.data(), nullptr};
+  std::unique_ptr<Toolkit> pToolkit;
+};
+
+[[maybe_unused]] const auto* const pRealToolkit =
+    testing::AddGlobalTestEnvironment(new RealToolkit);
+
+}  // namespace
