@@ -113,6 +113,8 @@ LRESULT ControlWindow::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
 /// Tab key; so the control itself sees to it.
 LRESULT ControlWindow::OnKeyDown(WPARAM wKey, LPARAM lParam) {
   if (wKey == VK_TAB) {
+    // Windows hides where the focus is until it is moved by key.
+    ::SendMessageA(frm.Window(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
     frm.FocusNext(*this, ::GetKeyState(VK_SHIFT) < 0);
     return 0;
   }

@@ -8,13 +8,8 @@ namespace platform::win32 {
 
 namespace {
 
-// Command identifiers hold menu number and index; 0 is what a message without a command has.
-constexpr int FIRST_COMMAND = 0x100;
-constexpr int INDICES = 0x100;
-
-UINT_PTR CommandOf(std::int16_t iMenu, std::int16_t iIndex) {
-  return static_cast<UINT_PTR>(FIRST_COMMAND + iMenu * INDICES + iIndex);
-}
+/// Holds the menu's number, from 1, and the index: 0 is what a message without a command has.
+WORD CommandOf(std::int16_t iMenu, std::int16_t iIndex) { return MAKEWORD(iIndex, iMenu + 1); }
 
 void RemoveEntries(HMENU hMenu) {
   for (int lEntry = ::GetMenuItemCount(hMenu); lEntry > 0; --lEntry)
@@ -88,8 +83,7 @@ void WinMenus::Fill(HMENU hOpening) const {
 }
 
 std::pair<std::int16_t, std::int16_t> WinMenus::EntryOf(WORD iCommand) {
-  const int lEntry = iCommand - FIRST_COMMAND;
-  return {static_cast<std::int16_t>(lEntry / INDICES), static_cast<std::int16_t>(lEntry % INDICES)};
+  return {static_cast<std::int16_t>(HIBYTE(iCommand) - 1), LOBYTE(iCommand)};
 }
 
 }  // namespace platform::win32
