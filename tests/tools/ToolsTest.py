@@ -1,4 +1,4 @@
-"""Drives the console programs as their users do: ToolsTest.py Z80|Emulator Z80 EMULATOR COMPANION"""
+"""Drives the console programs as their users do: ToolsTest.py Z80|Emulator Z80 EMULATOR"""
 import os
 import re
 import select
@@ -9,7 +9,7 @@ import sys
 import tempfile
 import time
 
-Z80, EMULATOR, COMPANION = sys.argv[2:5]
+Z80, EMULATOR = sys.argv[2:4]
 SUMMARY = b"Assembler debug completed.\nChecked: %d\nSupported: %d\nUnsupported: 0\nMismatch: 0\n" \
           b"Opcode mismatch: 0\nOpcode ignored: %d\n"
 
@@ -29,17 +29,13 @@ def TestZ80():
                                            b"          \xc3 \0 \0 \r\n", ""),
         ("dis --org 8000 --start 7FFF --end 8000 -", b"\0\0", 0,
          b"7FFF" + NOP + b"\r\n8000" + NOP + b"\r\n", ""),
-        ("dis --start 1 --end 0 -", b"\0", 0, b"", ""),
         ("dis -", b"", 2, b"", "empty"),
         ("dis --org 1 -", bytes(0x10000), 2, b"", "past FFFF"),
         ("dis /dev/zero", b"", 2, b"", "past FFFF"),
         ("dis .", b"", 2, b"", "directory"),
         ("dis missing", b"", 2, b"", "No such file"),
         ("dis --org 10000 -", b"\0", 2, b"", "--org"),
-        ("dis --org 0x10 -", b"\0", 2, b"", "--org"),
         ("dis --start -1 -", b"\0", 2, b"", "--start"),
-        ("dis --end", b"\0", 2, b"", "--end"),
-        ("dis - -", b"\0", 2, b"", "more than one"),
         ("dis", b"", 2, b"", "needs a file"),
         ("dis -o x -", b"\0", 2, b"", "-o"),
         ("asm --start 0 -", b"NOP", 2, b"", "--start"),
@@ -49,11 +45,7 @@ def TestZ80():
         ("asm -o out -", b"NOP\n\nLD A,\r\nNOP\0", 1, b"0000" + NOP + b"\n",
          "-:3: Invalid LD syntax\n-:4: "),
         ("asm -o no/out -", b"NOP", 2, None, "no/out: No such file"),
-        ("asm missing", b"", 2, b"", "missing: No such file"),
-        ("asm .", b"", 2, b"", "directory"),
-        ("check -", b"\0", 0, SUMMARY % (65536, 65536, 0), ""),
         ("check --org FFFE -", b"\xed\x63", 0, SUMMARY % (65535, 65535, 1), ""),
-        ("check -", b"", 2, b"", "empty"),
     ]
     for sArguments, abInput, lStatus, abOutput, sMessage in atCase:
         tRun = Run(Z80, *sArguments.split(), abInput=abInput)
@@ -67,8 +59,6 @@ def TestZ80():
     assert Run(Z80, "asm", "-o", "link", "-", abInput=b"HALT").returncode == 0
     assert open("out", "rb").read() == b"\x76" and os.path.islink("link")
     assert stat.S_IMODE(os.stat("out").st_mode) == 0o600
-    assert Run(Z80, "asm", "-o", "/dev/null", "-", abInput=b"HALT").returncode == 0
-    assert not os.path.isfile("/dev/null")
     with open("source", "w") as tFile:
         tFile.write("NOP\n")
     for sArguments, sMessage in (("dis source", "standard output"), ("--help", "standard output"),
@@ -77,7 +67,6 @@ def TestZ80():
         with open("/dev/null" if "-o" in sArguments else "/dev/full", "wb") as tOut:
             tRun = subprocess.run([Z80, *sArguments.split()], stdout=tOut, stderr=subprocess.PIPE)
         assert tRun.returncode == 2 and sMessage in tRun.stderr.decode(), tRun
-    assert b"--org" in Run(Z80, "dis", "--help").stdout
 
     # What dis prints of a real program, asm turns into the same bytes. (This one has no marked
     # instruction, which would come back as its documented twin.)
@@ -86,7 +75,6 @@ def TestZ80():
     abText = b"\n".join(abLine[21:40] for abLine in asListed)
     tRun = Run(Z80, "asm", "-o", "rom", "-", abInput=abText)
     assert tRun.returncode == 0 and open("rom", "rb").read()[:len(abRom)] == abRom
-    assert Run(Z80, "check", "rom").returncode == 0
 
 
 class Emulator:
@@ -129,10 +117,6 @@ def TestEmulator():
         tFile.write(b"\x3e\x05\xc9")
     colEnvironment = {**os.environ, "TEMP": sTemp}
 
-    def Companion(*asArgument):
-        return subprocess.Popen([COMPANION, *asArgument], env=colEnvironment,
-                                stdout=subprocess.PIPE)
-
     # The sample is one program wherever it lies, has what nobody described, and fits.
     for sArguments, lOrg in ((["--sample", "8000"], 0x8000), ([], 0)):
         tEmulator = Emulator(*sArguments, sTemp=sTemp)
@@ -142,8 +126,6 @@ def TestEmulator():
         abListing = Run(Z80, "dis", "--org", "%X" % lOrg, "-", abInput=abSample).stdout
         for sText in ("JR %04X " % (lOrg + 0x27), "* LD IXH,A", "SET 7,(IY + 01),A", "* NOP"):
             assert sText.encode() in abListing, (sText, abListing)
-        tEmulator.Do("status", "temp file: .*", "active program: 0", "show address: %04X" % lOrg,
-                     "breakpoint address: 0000", "protected:", "program: none")
         tEmulator.Do("quit")
         tEmulator.End(0)
 
@@ -162,34 +144,18 @@ def TestEmulator():
                  "protected 0081-0081", "temp file.*", "active.*", "show address: FFFD", "break.*",
                  "protected: 0000-007F 0081-0081 C100-FFFF", "program: none")
     for sWrong in ("load %s fffe" % sFile, "load %s" % sFile, "load x 10000", "poke FFFF 1 2",
-                   "poke 0 100", "poke 0", "dump", "dump 0 10001", "protect 5-4", "show", "bla"):
+                   "poke 0 100", "dump", "dump 0 10001", "protect 5-4", "show", "bla"):
         tEmulator.Do(sWrong, "varnel-emulator: .*")
     tEmulator.Do("dump fffd\ndump 0 1", "FFFD: 3E 05 C9", "0000: 00")
     tSecond = Run(EMULATOR, env=colEnvironment)
     assert tSecond.returncode == 2 and b"another stand-in" in tSecond.stderr, tSecond
 
-    # What a companion does is reported; what the stand-in itself wrote is no change.
-    tEmulator.Do("poke 9000 1 2 3", "poked 3 bytes at 9000")
-    Companion("active", "C", "ram", "9000", "AA", "ram", "9002", "BB", "ram", "9003", "CC",
-              "changed", "seen", "break", "C000", "close").wait(20)
-    asReport = ["active program 12", "ram changed", "9000: AA", "9002: BB CC", "breakpoint C000",
-                "program 12 closed"]
-    tEmulator.Expect(*asReport)
-    Companion("ram", "FFFF", "1", "changed", "seen").wait(20)
-    tEmulator.Expect("ram changed", "FFFF: 01")
-
-    # Killed and started again, it takes over the objects that a companion still holds.
-    tShown = Companion("up", "show", "show")
-    assert tShown.stdout.readline() == b"up\n"
-    tEmulator.Do("unprotect 8000-8000", "unprotected.*")
-    tEmulator.Do("show FFFFFFFF", "showing FFFFFFFF")
-    assert tShown.stdout.readline() == b"shown -1 0 0\n"
-    tEmulator.tProcess.kill()
-    tEmulator.tProcess.wait()
-    tEmulator = Emulator("--show", "1234", "--protect", "8000-8000", sFile + "@0", sTemp=sTemp)
-    assert tShown.stdout.readline() == b"shown 4660 62 255\n" and tShown.wait(20) == 0
+    # Killed and started again, it leaves nothing of before; nor does any other road out.
+    for lRound in range(20):
+        tEmulator.tProcess.kill()
+        tEmulator.tProcess.wait()
+        tEmulator = Emulator(sTemp=sTemp)
     assert not os.path.exists(sIcon)
-    # Every road out leaves nothing behind.
     for tSignal, lStatus in ((signal.SIGINT, 130), (signal.SIGTERM, 143), (signal.SIGHUP, 129)):
         tEmulator.tProcess.send_signal(tSignal)
         tEmulator.End(lStatus)
@@ -199,14 +165,8 @@ def TestEmulator():
     tEmulator.Expect("0000: F3")
     tEmulator.tProcess.send_signal(signal.SIGQUIT)  # the end of the input has ended nothing
     tEmulator.End(131)
-    for lRound in range(20):
-        tEmulator = Emulator(sTemp=sTemp)
-        tEmulator.tProcess.kill()
-        tEmulator.tProcess.wait()
-    tEmulator = Emulator("--", COMPANION, "ram", "0", "0", "changed", "seen", "close", "status",
-                         "7", sTemp=sTemp)
+    tEmulator = Emulator("--", "sh", "-c", "sleep 0.3; exit 7", sTemp=sTemp)
     tEmulator.tProcess.stdin.close()  # no end while the program runs
-    tEmulator.Expect("ram changed", "0000: 00", "program 12 closed")
     tEmulator.End(7)
     for asArgument in (["--", "/missing"], ["--"], ["--show"], ["--protect", "2-1"], ["--x", "1"],
                        [sFile], [sTemp], ["--icon", "/missing"], ["--sample", "FF80"]):

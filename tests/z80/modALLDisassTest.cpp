@@ -23,43 +23,22 @@ using modALLUtility::AddrAdd;
 static_assert(std::is_trivially_copyable_v<modALLDisass::Instruction>);
 
 /// "address: bytes = text", the address 0 where it is not given. The instruction must take exactly
-/// these bytes; those around it are prefixes, which would change it if they were read.
+/// these bytes; those around it are prefixes, which would change it if they were read. The judges
+/// know the plain forms; these are what they leave out or see otherwise.
 constexpr std::string_view CASES[] = {
-    // operands, and the unprefixed opcodes that break a pattern
-    "00 = NOP", "76 = HALT", "08 = EX AF,AF'", "01 34 12 = LD BC,1234", "22 CD AB = LD (ABCD),HL",
-    "3A 00 40 = LD A,(4000)", "06 AB = LD B,AB", "D3 FE = OUT (FE),A", "DB 1F = IN A,(1F)",
-    "C6 05 = ADD A,05", "D6 05 = SUB 05", "90 = SUB B", "9E = SBC A,(HL)", "FF = RST 38H",
-    "C7 = RST 00H", "E9 = JP (HL)", "F1 = POP AF", "31 0F 00 = LD SP,000F",
     // relative jumps and instructions over the end of memory
-    "4000: 18 34 = JR 4036", "4000: 10 FE = DJNZ 4000", "4000: 18 7E = JR 4080",
-    "4000: 18 7F = JR 4081", "4000: 18 80 = JR 3F82", "FFFF: 18 05 = JR 0006",
-    "0000: 28 F0 = JR Z,FFF2", "FFFE: 18 00 = JR 0000", "FFFE: 01 34 12 = LD BC,1234",
-    "FFFF: DD CB 05 46 = BIT 0,(IX + 05)", "FFFD: ED 4B 34 12 = LD BC,(1234)",
-    // CB
-    "CB 00 = RLC B", "CB 36 = * SLL (HL)", "CB 3F = SRL A", "CB 46 = BIT 0,(HL)",
-    "CB 86 = RES 0,(HL)", "CB FF = SET 7,A",
-    // ED
-    "ED 70 = * IN (C)", "ED 78 = IN A,(C)", "ED 71 = * OUT (C),0", "ED 79 = OUT (C),A",
-    "ED 43 34 12 = LD (1234),BC", "ED 62 = SBC HL,HL", "ED 7B 00 80 = LD SP,(8000)",
-    "ED 63 34 12 = * LD (1234),HL", "ED 6B 34 12 = * LD HL,(1234)", "ED 44 = NEG", "ED 4C = * NEG",
-    "ED 4D = RETI", "ED 45 = RETN", "ED 55 = * RETN", "ED 5D = * RETN", "ED 46 = IM 0",
-    "ED 4E = * IM 0", "ED 66 = * IM 0", "ED 76 = * IM 1", "ED 5E = IM 2", "ED 7E = * IM 2",
-    "ED 57 = LD A,I", "ED 6F = RLD", "ED 77 = * NOP", "ED 7F = * NOP", "ED A4 = * NOP",
-    "ED BB = OTDR", "ED 00 = * NOP", "ED ED = * NOP", "ED DD = * NOP", "ED FF = * NOP",
-    // DD and FD
-    "DD 09 = ADD IX,BC", "FD 29 = ADD IY,IY", "DD 21 34 12 = LD IX,1234",
-    "FD 22 34 12 = LD (1234),IY", "DD 2A 34 12 = LD IX,(1234)", "DD 7E 05 = LD A,(IX + 05)",
-    "FD 7E FB = LD A,(IY + FB)", "FD 7E 80 = LD A,(IY + 80)", "DD 36 05 99 = LD (IX + 05),99",
-    "DD 66 05 = LD H,(IX + 05)", "DD 74 05 = LD (IX + 05),H", "DD 44 = * LD B,IXH",
-    "DD 65 = * LD IXH,IXL", "FD 6F = * LD IYL,A", "DD 26 12 = * LD IXH,12", "DD 84 = * ADD A,IXH",
-    "DD 96 05 = SUB (IX + 05)", "DD E3 = EX (SP),IX", "DD E9 = JP (IX)", "FD F9 = LD SP,IY",
-    "DD E1 = POP IX", "DD CB 05 06 = RLC (IX + 05)", "DD CB 05 00 = RLC B,(IX + 05)",
-    "DD CB 05 36 = * SLL (IX + 05)", "DD CB 05 47 = * BIT 0,(IX + 05),A",
-    "DD CB 05 86 = RES 0,(IX + 05)", "FD CB 85 C7 = SET 0,(IY + 85),A",
+    "4000: 10 FE = DJNZ 4000", "4000: 18 7F = JR 4081", "4000: 18 80 = JR 3F82",
+    "FFFF: 18 05 = JR 0006", "0000: 28 F0 = JR Z,FFF2", "FFFE: 18 00 = JR 0000",
+    "FFFE: 01 34 12 = LD BC,1234", "FFFF: DD CB 05 46 = BIT 0,(IX + 05)",
+    "FFFD: ED 4B 34 12 = LD BC,(1234)",
+    // undocumented, or other bytes for the same
+    "CB 36 = * SLL (HL)", "ED 70 = * IN (C)", "ED 71 = * OUT (C),0", "ED 63 34 12 = * LD (1234),HL",
+    "ED 4C = * NEG", "ED 5D = * RETN", "ED 66 = * IM 0", "ED 7F = * NOP", "ED DD = * NOP",
+    "DD 65 = * LD IXH,IXL", "DD CB 05 00 = RLC B,(IX + 05)", "DD CB 05 36 = * SLL (IX + 05)",
+    "DD CB 05 47 = * BIT 0,(IX + 05),A", "FD CB 85 C7 = SET 0,(IY + 85),A",
     // prefixes without effect
-    "DD 00 = * NOP", "DD 78 = * LD A,B", "DD 01 34 12 = * LD BC,1234", "DD EB = * EX DE,HL",
-    "DD C3 34 12 = * JP 1234", "DD 76 = * HALT", "4000: DD 18 34 = * JR 4037",
-    "4000: DD 10 FE = * DJNZ 4001", "DD DD 00 = * NOP", "DD DD DD DD 00 = * NOP",
+    "DD 00 = * NOP", "DD 01 34 12 = * LD BC,1234", "DD EB = * EX DE,HL", "DD 76 = * HALT",
+    "4000: DD 18 34 = * JR 4037", "4000: DD 10 FE = * DJNZ 4001", "DD DD DD DD 00 = * NOP",
     "DD FD DD FD 21 34 12 = * LD IY,1234", "FD DD 21 34 12 = * LD IX,1234",
     "DD DD CB 05 46 = * BIT 0,(IX + 05)", "DD ED 43 34 12 = * LD (1234),BC", "DD ED 44 = * NEG",
     "FD ED 70 = * IN (C)", "FFFF: DD DD 18 FE = * JR 0001"};
@@ -105,28 +84,6 @@ TEST(DisassembleInstruction, FollowsPrefixRunsOfAnyLength) {
     EXPECT_EQ(tInstruction.tText.View(), tCase.sText) << tCase.lPrefixes;
     EXPECT_EQ(tInstruction.lLength, tCase.lLength) << tCase.lPrefixes;
   }
-}
-
-TEST(DisassembleInstruction, KeepsTheTextFormatForEveryOpcode) {
-  VisitEveryForm([](const EveryForm& tForm) {
-    MemoryImage abImage{};
-    PutBytes(abImage, 1, tForm.abByte);
-    const auto tInstruction = DisassembleInstruction(abImage, 1);
-    const std::string sText(tInstruction.tText.View());
-    SCOPED_TRACE(sText);
-    EXPECT_TRUE(tInstruction.lLength >= 1 && tInstruction.lLength <= 4);
-    EXPECT_EQ(sText.find_first_of("abcdefghijklmnopqrstuvwxyz"), std::string::npos);
-    EXPECT_FALSE(sText.empty() || sText.front() == ' ' || sText.back() == ' ');
-    EXPECT_EQ(sText.find('*', 1), std::string::npos);
-
-    // A prefix before a prefix adds one byte and the mark, and nothing else.
-    const std::uint8_t bFirst = abImage[1];
-    if (bFirst != 0xDD && bFirst != 0xED && bFirst != 0xFD) return;
-    abImage[0] = 0xFD;
-    const auto tLonger = DisassembleInstruction(abImage, 0);
-    EXPECT_EQ(tLonger.tText.View(), sText.starts_with("* ") ? sText : "* " + sText);
-    EXPECT_EQ(tLonger.lLength, tInstruction.lLength + 1);
-  });
 }
 
 }  // namespace

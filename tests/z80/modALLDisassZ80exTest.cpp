@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -54,8 +53,22 @@ Judged AskZ80ex(MemoryImage& abImage) {
   return {sText, lLength};
 }
 
+/// What it must say where we say sOurs: with its own ways, which are not ours.
+Judged Expected(const MemoryImage& abImage, std::string sOurs, std::int32_t lLength) {
+  const auto [b0, b1, b3] = std::tuple(abImage[0], abImage[1], abImage[3]);
+  const bool bIndexed = b0 == 0xDD || b0 == 0xFD;
+  if (bIndexed && b1 == 0xCB) {  // counts the operation byte twice, names no register behind BIT
+    if (b3 >= 0x40 && b3 < 0x80 && (b3 & 7U) != 6) sOurs.resize(sOurs.size() - 2);
+    return {sOurs, lLength + 1};
+  }
+  // takes these copies of RETN as RETI
+  if (b0 == 0xED && (b1 == 0x5D || b1 == 0x6D || b1 == 0x7D)) return {"RETI", lLength};
+  // lets a prefix before a prefix stand alone
+  if (bIndexed && (b1 == 0xDD || b1 == 0xED || b1 == 0xFD)) return {"NOP", 1};
+  return {sOurs, lLength};
+}
+
 TEST(DisassembleInstruction, AgreesWithLibz80exButForItsOwnWays) {
-  std::map<std::string, int> colDifference;
   for (const auto& [bFirst, bSecond] : {std::pair<std::uint8_t, std::uint8_t>{0x05, 0x9A},
                                         {0x85, 0x12}}) {  // a displacement of either sign
     VisitEveryForm([&, bFirst = bFirst, bSecond = bSecond](const EveryForm& tForm) {
@@ -63,36 +76,12 @@ TEST(DisassembleInstruction, AgreesWithLibz80exButForItsOwnWays) {
       PutBytes(abImage, 0, tForm.abByte);
       abImage.at(tForm.alOperand[1]) = bSecond;
       abImage.at(tForm.alOperand[0]) = bFirst;
-      const auto [b0, b1, b2, b3] = std::tuple(abImage[0], abImage[1], abImage[2], abImage[3]);
-      const bool bIndexed = b0 == 0xDD || b0 == 0xFD;
-
       const auto tOurs = modALLDisass::DisassembleInstruction(abImage, 0);
       const std::string sOurs(tOurs.tText.View());
-      auto [sText, lLength] = Judged(sOurs.substr(sOurs.starts_with("* ") ? 2 : 0), tOurs.lLength);
-      if (bIndexed && b1 == 0xCB) {
-        ++colDifference["counts the operation byte of DDCB and FDCB twice"];
-        ++lLength;
-        if (b3 >= 0x40 && b3 < 0x80 && (b3 & 7U) != 6) {
-          ++colDifference["does not name the register in BIT n,(IX + d),r"];
-          sText.resize(sText.size() - 2);
-        }
-      } else if (b0 == 0xED && (b1 == 0x5D || b1 == 0x6D || b1 == 0x7D)) {
-        ++colDifference["takes the copies of RETN at 5D, 6D, 7D as RETI"];
-        sText = "RETI";
-      } else if (bIndexed && (b1 == 0xDD || b1 == 0xED || b1 == 0xFD)) {
-        ++colDifference["lets a prefix before a prefix stand alone"];
-        sText = "NOP";
-        lLength = 1;
-      }
-      EXPECT_EQ(AskZ80ex(abImage), Judged(sText, lLength)) << sOurs;
+      const std::string sUnmarked = sOurs.substr(sOurs.starts_with("* ") ? 2 : 0);
+      EXPECT_EQ(AskZ80ex(abImage), Expected(abImage, sUnmarked, tOurs.lLength)) << sOurs;
     });
   }
-  const std::map<std::string, int> colKnown = {
-      {"counts the operation byte of DDCB and FDCB twice", 1028},
-      {"does not name the register in BIT n,(IX + d),r", 224},
-      {"lets a prefix before a prefix stand alone", 12},
-      {"takes the copies of RETN at 5D, 6D, 7D as RETI", 6}};
-  EXPECT_EQ(colDifference, colKnown);
 }
 
 }  // namespace

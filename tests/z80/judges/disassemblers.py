@@ -3,9 +3,8 @@
 
 usage: disassemblers.py VARNEL-Z80
 
-Prints what was compared; exits with 1 when a difference is not one of the known ways of the judge.
+Prints the differences that are not one of the judge's known ways; exits with 1 when there are any.
 """
-import collections
 import re
 import subprocess
 import sys
@@ -68,45 +67,36 @@ def z80dasm(path):
         yield int(line[2], 16), len(line[3].split()), text, bool(undocumented)
 
 
-def known_difference(code, length, text, marked, judged_length, judged, judged_marked):
-    """The judge's own way that explains a difference, or None."""
-    indexed, bits = code[0] in (0xDD, 0xFD), code[1] == 0xCB
-    if indexed and marked and judged_length in (1, 3) and re.match("DEFB|ILLEGAL", judged):
-        return "does not decode behind a prefix without effect"
-    if code[0] == 0xED and marked and judged.startswith("DEFB"):
-        return "does not decode undocumented ED codes"
-    if indexed and bits and length == judged_length:
-        if text.startswith("BIT") and marked and text == f"{judged},{text[-1]}":
-            return "does not name the register in BIT n,(IX + d),r"
-        if text == judged and not marked and judged_marked:
-            return "marks every DDCB and FDCB code with a copy, not only SLL and BIT"
-        if text == judged and text.startswith("SLL (") and marked:
-            return "takes SLL (IX + d) as documented"
-    return None
+def is_known(code, length, text, marked, judged_length, judged):
+    """Whether a difference is the judge's own way."""
+    if code[0] == 0xED:  # does not decode the undocumented codes
+        return marked and judged.startswith("DEFB")
+    if code[0] not in (0xDD, 0xFD):
+        return False
+    if code[1] != 0xCB:  # nor what stands behind a prefix without effect
+        return marked and judged_length in (1, 3) and re.match("DEFB|ILLEGAL", judged)
+    # BIT n,(IX + d),r has no register; of the marks, SLL (IX + d) has none and each copy one
+    return length == judged_length and (
+        marked and text.startswith("BIT") and text == f"{judged},{text[-1]}" or
+        text == judged and marked == text.startswith("SLL ("))
 
 
 def compare(name, judged, listed, codes):
-    """Prints one judge's counts; returns the number of unexplained differences."""
-    equal, differences, unexplained = 0, collections.Counter(), 0
+    """Prints one judge's unexplained differences; returns their number."""
+    unexplained = 0
     judged = {line[0]: line[1:] for line in judged}
     for slot, code in enumerate(codes):
         address = ORIGIN + slot * SLOT
         length, text, marked = listed[address]
         judged_length, judged_text, judged_marked = judged[address]
         judged_text = respelled(judged_text, address)
-        if (length, text) == (judged_length, judged_text) and judged_marked in (None, marked):
-            equal += 1
+        if (length, text) == (judged_length, judged_text) and judged_marked in (None, marked) or \
+                is_known(code, length, text, marked, judged_length, judged_text):
             continue
-        rule = known_difference(code, length, text, marked, judged_length, judged_text,
-                                judged_marked)
-        differences[rule] += 1
-        if rule is None:
-            unexplained += 1
-            print(f"{name}: {code.hex(' ')}: {text!r} {length} {marked}, "
-                  f"judged {judged_text!r} {judged_length} {judged_marked}")
-    print(f"{name}: {len(codes)} compared, {equal} equal after rewriting")
-    for rule, count in differences.items():
-        print(f"  {count:5} {rule or 'NOT EXPLAINED'}")
+        unexplained += 1
+        print(f"{name}: {code.hex(' ')}: {text!r} {length} {marked}, "
+              f"judged {judged_text!r} {judged_length} {judged_marked}")
+    print(f"{name}: {len(codes)} compared, {unexplained} differences not explained")
     return unexplained
 
 
