@@ -4,9 +4,15 @@ set -e
 case "$1" in
   start)
     mkdir -p "$WINEPREFIX"
-    wineserver --persistent
-    # The services keep the streams that they are started with.
-    wineboot --init >"$WINEPREFIX/log" 2>&1 </dev/null
+    # What Wine starts keeps the streams that it is started with. Its registry is in files only after
+    # the end of a server, and is copied from there.
+    {
+      wineboot --init
+      wineserver --kill
+      wineserver --wait
+      wineserver --persistent
+      wine cmd /c exit
+    } >"$WINEPREFIX/log" 2>&1 </dev/null
     ;;
   end) wineserver --kill ;;
 esac

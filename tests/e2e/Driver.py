@@ -4,6 +4,7 @@ import os
 import queue
 import re
 import resource
+import shutil
 import signal
 import struct
 import subprocess
@@ -31,10 +32,12 @@ def Until(fnCondition, sWhat, dSeconds=PATIENCE):
 class LinuxSystem:
     """All that a journey must not know: how programs start, what they leave, what toolkits draw."""
 
+    CLIENT_AT = (0, 0)  # the client area's corner in the X server's window, in pixels
     MENU_HEIGHT = 19  # of the menu bar at the top of the client area, in pixels
     FIRST_LINE = 2    # from a list's edge down to its first line, in pixels
     MENU_LEFT = {"File": 17, "Window": 60}  # a point on a menu's title, in pixels
     SAVE_DIALOG = "Save As"  # its caption
+    GIVES_FOCUS = True  # to a window that the program brings to the front
 
     def __init__(self, sFolder):
         self.sFolder, self.sTemp = sFolder, sFolder + "/temp"
@@ -81,6 +84,44 @@ class LinuxSystem:
         for bCharacter in (self.sTemp + "/VARNEL").encode():
             lHash = (lHash ^ bCharacter) * 0x100000001B3 & 0xFFFFFFFFFFFFFFFF
         return [sFile for sFile in os.listdir("/dev/shm") if (sMark or "%016X" % lHash) in sFile]
+
+
+class WineSystem(LinuxSystem):
+    """The Windows programs under Wine, in a copy of the prepared folder that WINEPREFIX names."""
+
+    CLIENT_AT = (4, 22)
+    MENU_HEIGHT = 20
+    FIRST_LINE = 2
+    MENU_LEFT = {"File": 15, "Window": 55}
+    GIVES_FOCUS = False  # Wine raises it, and leaves the X server's focus to the window manager
+
+    def __init__(self, sFolder):
+        super().__init__(sFolder)
+        sPrepared, self.sPrefix = os.environ["WINEPREFIX"], sFolder + "/wine"
+        shutil.copytree(sPrepared, self.sPrefix, symlinks=True,
+                        ignore=lambda sAt, _: ["windows"] if sAt.endswith("drive_c") else [])
+        os.symlink(sPrepared + "/drive_c/windows", self.sPrefix + "/drive_c/windows")
+        # Windows draws the title bars itself, and so hears what happens on them.
+        with open(self.sPrefix + "/user.reg", "a") as tRegistry:
+            tRegistry.write('\n[Software\\\\Wine\\\\X11 Driver]\n"Decorated"="N"\n')
+        tUser = next(Path(self.sPrefix).glob("drive_c/users/*/Temp")).parent
+        self.sTemp = str(tUser / "Temp")
+        self.sIniFile = str(tUser / "AppData/Local/VARNEL/VARNEL.ini")
+        self.sTempFile = self.sTemp + "/VARNEL/VARNEL.tmp"
+
+    def Environment(self):
+        return {**super().Environment(), "WINEPREFIX": self.sPrefix}
+
+    @staticmethod
+    def Command(*asWord):
+        return ["wine", *asWord]
+
+    @staticmethod
+    def NameToType(sPath):
+        return "Z:" + sPath.replace("/", "\\")
+
+    def Leftovers(self, sMark=None):
+        return []  # the system itself forgets what no process has open
 
 
 class Desktop:
@@ -191,7 +232,8 @@ class Window:
         return self.sId not in sVisible.split()
 
     def Mouse(self, lX, lY, *asWord):
-        self.tDesktop.Do("mousemove", "--window", self.sId, lX, lY, *asWord)
+        lLeft, lTop = self.tDesktop.tSystem.CLIENT_AT
+        self.tDesktop.Do("mousemove", "--window", self.sId, lLeft + lX, lTop + lY, *asWord)
 
     def Click(self, tPlace):
         """Clicks a control, by the form's design."""
@@ -206,7 +248,14 @@ class Window:
 
     def Menu(self, sMenu, lItem):
         """Chooses from a menu of the menu bar; items count from 1, separators do not."""
-        self.Mouse(self.tDesktop.tSystem.MENU_LEFT[sMenu], 10, "click", 1)
+        lLeft, (lX, lY) = self.tDesktop.tSystem.MENU_LEFT[sMenu], self.Place()
+
+        def BelowTitle():
+            return [self.tDesktop.Pixel(lX + lLeft + lAt % 40, lY + 30 + lAt // 40)
+                    for lAt in range(400)]
+        aClosed = BelowTitle()
+        self.Mouse(lLeft, 10, "click", 1)
+        Until(lambda: BelowTitle() != aClosed, "the menu to open")
         self.tDesktop.Keys(*["Down"] * lItem, "Return")
 
     def OpenAnother(self):
@@ -243,7 +292,9 @@ class Window:
 
     def Place(self):
         """Where the client area's upper left corner is on the screen."""
-        sPlace = self.tDesktop.Ask("mousemove", "--window", self.sId, 0, 0, "getmouselocation")
+        lLeft, lTop = self.tDesktop.tSystem.CLIENT_AT
+        sPlace = self.tDesktop.Ask("mousemove", "--window", self.sId, lLeft, lTop,
+                                   "getmouselocation")
         return tuple(int(sValue) for sValue in re.findall(r"[xy]:(-?\d+)", sPlace))
 
     def ToFront(self):

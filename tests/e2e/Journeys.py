@@ -14,7 +14,7 @@ import time
 from pathlib import Path
 
 from Driver import (CAPTION, CHK_ALLOW, CHK_LONG, CMD_DISASS, TXT_END, TXT_START, Desktop, Emulator,
-                    LinuxSystem, Until)
+                    LinuxSystem, Until, WineSystem)
 
 ERROR, QUESTION, CONFIRMATION, PROTECTED, LONGER = (
     "Varnel - Error", "Varnel - Question", "Varnel - Confirmation",
@@ -59,7 +59,8 @@ class Journey:
         assert not self.tSystem.Leftovers()
 
     def Z80(self, *asArgument, abInput):
-        return subprocess.run([self.sZ80, *asArgument], input=abInput, stdout=subprocess.PIPE,
+        return subprocess.run(self.tSystem.Command(self.sZ80, *asArgument), input=abInput,
+                              stdout=subprocess.PIPE, env=self.tDesktop.colEnvironment,
                               check=True).stdout
 
     def Disassembled(self, lFirst, lLast):
@@ -337,7 +338,11 @@ def Windows(t):
     # Each menu leads to each window, and an instruction typed in one is in all.
     for lFrom, lTo in ((15, 2), (2, 0), (0, 9)):
         afrm[lFrom].Menu("Window", 2 + lTo)
-        assert tDesktop.Window("%s - Window %d" % (CAPTION, lTo + 1)).sId == afrm[lTo].sId
+        sCaption = "%s - Window %d" % (CAPTION, lTo + 1)
+        Until(lambda: tDesktop.Captions()[-1] == sCaption, "the chosen window to be on top")
+        if not t.tSystem.GIVES_FOCUS:
+            afrm[lTo].ToFront()
+        assert tDesktop.Window(sCaption).sId == afrm[lTo].sId
     tDesktop.Type("\nld a,(1234)\n")
     tDesktop.Answer(LONGER, *OTHER)
     t.tEmulator.Expect("ram changed", "8000: 3A 34 12")
@@ -405,7 +410,7 @@ def Placement(t):
 def BadStart(t):
     """What the program says when it cannot start, and that any sound file lets it."""
     sMark = os.path.basename(t.tSystem.sFolder)
-    asValue = ["1", *('"%s a,b/c\\%d"' % (sMark, lName) for lName in range(24))]
+    asValue = ["1", *('"%s a,b/c %d"' % (sMark, lName) for lName in range(24))]
     tTempFile = Path(t.tSystem.sTempFile)
     tTempFile.parent.mkdir()
     for abFile in (None, b"", bytes(range(256)) * 9, "\n".join(asValue[:24]).encode(),
@@ -521,7 +526,8 @@ def Main():
     sJourney, *asProgram = sys.argv[1:5]
     adMinutes = [float(sMinutes) for sMinutes in sys.argv[6:7]]
     with tempfile.TemporaryDirectory() as sFolder:
-        t = Journey(LinuxSystem(sFolder), *asProgram)
+        bWindows = asProgram[0].endswith(".exe")
+        t = Journey((WineSystem if bWindows else LinuxSystem)(sFolder), *asProgram)
         try:
             globals()[sJourney](t, *adMinutes)
         except BaseException:
