@@ -38,33 +38,22 @@ struct Script {
   }
   /// Runs fnEvent at the lNth next yield.
   void AtDoEvents(int32_t lNth, Action fnEvent) { colAtYield[lYields + lNth] = std::move(fnEvent); }
-  void Note(const string& sCall) {
-    const string sNow = fnProbe();
-    asLog.push_back(exchange(sState, sNow) == sNow ? sCall : sCall + ' ' + sNow);
-  }
   std::vector<Box> TakeBoxes() { return exchange(atBox, {}); }
   std::vector<string> TakeLog() { return exchange(asLog, {}); }
 
   std::deque<std::pair<int32_t, Action>> atAnswer;
-  /// A state that is written down behind a call when it has changed.
-  std::function<string()> fnProbe = [] { return ""; };
   platform::FileDialogResult tChosen;  ///< how file dialogs end
   string sDialogAsked;                 ///< what the last one was asked for
   Action fnDuring = [] {};             ///< runs while a file dialog or pop-up menu is open
-  Action fnListMessage = [] {};        ///< runs while a list itself handles a message
   platform::Size tScreen{20000, 15000};
-  bool bSubclassFails = false;
-  uint32_t hBadIcon = 0;  ///< 1 or 2: the small or the big icon does not load
   Form* pActive = nullptr;
   std::vector<shared_ptr<Form>> apForm;      ///< the loaded ones, oldest first
   std::vector<shared_ptr<Form>> apGone;      ///< kept, so that use after the end is seen
   std::vector<shared_ptr<Form>> apHandling;  ///< whose events are handled, innermost last
   platform::MouseProc fnMouseProc = nullptr;
-  std::map<uint32_t, WindowProc> colProc;  ///< of the lists that are subclassed
-  std::map<std::pair<uint32_t, string>, WindowProc> colProp;
+  std::map<uint32_t, WindowProc> colProc, colProp;  ///< of the lists that are subclassed
   std::vector<Box> atBox;
   std::vector<string> asLog;
-  string sState;
   std::map<int32_t, Action> colAtYield;
   int32_t lYields = 0;
   uint32_t hLastWindow = 0;
@@ -173,7 +162,7 @@ class Form final : public platform::Form, public std::enable_shared_from_this<Fo
   string Name() const override { return CheckAlive(), "frmDisass"; }
   string Caption() const override { return CheckAlive(), sCaption; }
   void SetCaption(string_view sNew) override { CheckAlive(), sCaption = sNew; }
-  platform::FormPlace Place() const override { return Note("place asked"), tPlace; }
+  platform::FormPlace Place() const override { return CheckAlive(), tPlace; }
   void SetTop(double dNew) override { Set("top ", tPlace.dTop, dNew); }
   void SetLeft(double dNew) override { Set("left ", tPlace.dLeft, dNew); }
   void SetHeight(double dNew) override { Set("height ", tPlace.dHeight, dNew), Resized(); }
@@ -293,7 +282,7 @@ class Form final : public platform::Form, public std::enable_shared_from_this<Fo
       Deliver(&FormEvents::GotFocus, pTo->tDesign.iControl);
   }
   void CheckAlive() const { EXPECT_FALSE(bGone) << "a form was used after its end"; }
-  void Note(const string& sCall) const { CheckAlive(), tScript.Note(sCall); }
+  void Note(const string& sCall) const { CheckAlive(), tScript.asLog.push_back(sCall); }
 
   Script& tScript;
   shared_ptr<FormEvents> pLogic;
@@ -353,54 +342,40 @@ class Toolkit final : public platform::Toolkit, public Script {
   double TwipsPerPixelX() const override { return 15; }
   double TwipsPerPixelY() const override { return 15; }
   uint32_t SetMouseHook(platform::MouseProc fnNew) override {
-    Note("hook on");
+    asLog.emplace_back("hook on");
     EXPECT_EQ(exchange(fnMouseProc, fnNew), nullptr) << "a second hook";
     return 77;
   }
   void RemoveMouseHook(uint32_t hHook) override {
-    Note("hook off");
+    asLog.emplace_back("hook off");
     EXPECT_TRUE(hHook == 77 && exchange(fnMouseProc, nullptr) != nullptr);
   }
   intptr_t CallNextHook(uint32_t hHook, int32_t nCode, uintptr_t wParam, intptr_t lPar) override {
     return static_cast<intptr_t>(hHook) + nCode + static_cast<intptr_t>(wParam) + lPar;
   }
   WindowProc SetWindowProc(uint32_t hWnd, WindowProc fnProc) override {
-    if (bSubclassFails) return nullptr;
-    Note(fnProc == ListProc ? "plain list" : "subclassed list");
-    const WindowProc fnOld = exchange(colProc.try_emplace(hWnd, ListProc).first->second, fnProc);
     if (fnProc == ListProc) colProc.erase(hWnd);
-    return fnOld;
+    if (fnProc != ListProc) colProc[hWnd] = fnProc;
+    return ListProc;
   }
   intptr_t CallWindowProc(WindowProc fnProc, uint32_t hWnd, uint32_t uMsg, uintptr_t wParam,
                           intptr_t lParam) override {
     return fnProc(hWnd, uMsg, wParam, lParam);
   }
-  WindowProc GetProp(uint32_t hWnd, const char* sName) override {
-    return colProp.contains({hWnd, sName}) ? colProp.at({hWnd, sName}) : nullptr;
-  }
-  void SetProp(uint32_t hWnd, const char* sName, WindowProc fnNew) override {
-    colProp[{hWnd, sName}] = fnNew;
-  }
-  void RemoveProp(uint32_t hWnd, const char* sName) override { colProp.erase({hWnd, sName}); }
+  WindowProc GetProp(uint32_t hWnd, const char*) override { return colProp[hWnd]; }
+  void SetProp(uint32_t hWnd, const char*, WindowProc fnNew) override { colProp[hWnd] = fnNew; }
+  void RemoveProp(uint32_t hWnd, const char*) override { colProp.erase(hWnd); }
   platform::Size IconSize(IconKind eKind) const override {
     return eKind == IconKind::Small ? platform::Size{24, 0} : platform::Size{0, 48};
   }
   uint32_t LoadIcon(const string& sPath, platform::Size tPixels) override {
-    Note("load " + std::filesystem::path(sPath).filename().string() + ' ' +
-         to_string(tPixels.lWidth) + 'x' + to_string(tPixels.lHeight));
-    const uint32_t hIcon = tPixels.lWidth == 24 ? 1 : 2;
-    return hIcon == hBadIcon ? 0 : hIcon;
-  }
-  /// A message of the system to a list.
-  intptr_t SendToList(uint32_t hWnd, uint32_t uMsg) {
-    return (colProc.contains(hWnd) ? colProc.at(hWnd) : ListProc)(hWnd, uMsg, 0, 0);
+    asLog.push_back("load " + std::filesystem::path(sPath).filename().string() + ' ' +
+                    to_string(tPixels.lWidth) + 'x' + to_string(tPixels.lHeight));
+    return tPixels.lWidth == 24 ? 1 : 2;
   }
 
  private:
-  static intptr_t ListProc(uint32_t, uint32_t uMsg, uintptr_t, intptr_t) {
-    static_cast<Toolkit&>(platform::TheToolkit()).fnListMessage();
-    return static_cast<intptr_t>(uMsg) + 1;
-  }
+  static intptr_t ListProc(uint32_t, uint32_t, uintptr_t, intptr_t) { return 0; }
 };
 
 }  // namespace recording

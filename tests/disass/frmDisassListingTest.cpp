@@ -17,15 +17,12 @@ TEST_F(WindowTest, ShowsAnAddress) {
   } atCase[] = {
       {"8001", "9000", false, 0x8301, 0, "8001", "9000", "8301", 256 - 13, false},
       {"8001", "9000", false, 0x8302, 0, "8302", "A302", "8302", 0, true},  // inside a line
-      {"8001", "9000", false, 0x9001, 0, "9001", "B001", "9001", 0, true},
       {"8001", "9000", false, ASKED, 0xFF00, "FF00", "FFFF", "FF00", 0, true},
       {"8001", "9000", true, ASKED, 0x8302, "8001", "9000", "8301", 256 - 13, true},
       {"8001", "9000", true, 0x7000, 0, "8001", "9000", "8001", 0, true},
-      {"8001", "9000", false, 0x10000, 0, "8001", "9000", "8001", 0, false},
       {"8001", "9000", false, ASKED, 0xFFFFFFFF, "8001", "9000", "8001", 0, false},
       {"8001", "9000", true, ASKED, 0x80000000, "8001", "9000", "8001", 0, true},
       {"8001", "9000", false, ASKED, 0x7FFFFFFF, "8001", "9000", "8001", 0, false},
-      {"FFFE", "FFFF", true, 0xFFFF, 0, "FFFE", "FFFF", "FFFF", 0, true},
       {"8001", "8001", true, 0, 0, "8001", "8001", "8001", 0, true},
       {"0000", "FFFF", false, 0xFFFF, 0, "0000", "FFFF", "FFFF", 0x10000 / 3 + 1 - 27, false},
   };
@@ -53,52 +50,37 @@ TEST_F(WindowTest, ShowsAnAddress) {
   frm.GoTo(CHK_LONG);
   Logic(frm).position(false, 0x8301);
   EXPECT_EQ(Field(frm, TXT_START), "8301");
-  // A view of one line, and a list that does not tell its lines' height: the form's "A" serves.
-  List(frm, "8001", "9000");
-  for (const auto& [lHeight, lPixels, lTop] : {std::tuple(440, 15, 256), {6255, 0, 256 - 6}}) {
-    lst.tPlace.lHeight = lHeight;
-    lst.lItemPixels = lPixels;
-    Logic(frm).position(false, 0x8301);
-    EXPECT_EQ(lst.lTop, lTop);
-  }
 }
 
 TEST_F(WindowTest, AddressFieldsTakeWhatIsAnAddress) {
-  const Box tFault{"Start address > End address", 48, "Varnel - Error"};
   const struct {
     const char *sStart, *sEnd;  // typed; "=" in front: pasted
     const char *sProposed, *sStartThen, *sEndThen;
-    bool bListed, bFault;
-  } atCase[] = {{"c0", "c1", "20C0", "00C0", "00C1", true, false},
-                {"F000", "", "FFFF", "F000", "0000", false, true},
-                {"", "g0 -\x03\r.3", "2000", "0000", "0003", true, false},
-                {"8000", "7FFF", "A000", "8000", "7FFF", false, true},
-                {"12345", "12345", "3234", "1234", "1234", true, false},
-                {"=+1", "=9 00", "2000", "0000", "2000", false, false},
-                {"8000", "=zzzz", "A000", "8000", "2000", false, false}};
+  } atCase[] = {
+      {"c0", "c1", "20C0", "00C0", "00C1"},         {"F000", "", "FFFF", "F000", "0000"},
+      {"", "g0 -\x03\r.3", "2000", "0000", "0003"}, {"8000", "7FFF", "A000", "8000", "7FFF"},
+      {"=+1", "=9 00", "2000", "0000", "2000"},     {"8000", "=zzzz", "A000", "8000", "2000"}};
   for (const auto& tCase : atCase) {
     SCOPED_TRACE(string(tCase.sStart) + " to " + tCase.sEnd);
+    const bool bFault = string_view(tCase.sStartThen) > tCase.sEndThen && *tCase.sEnd != '=';
     Form& frm = Open(0);
-    tToolkit.TakeLog();
+    if (bFault) tToolkit.Answer(OK);
     for (const auto& [iField, sText] :
          {std::pair(TXT_START, tCase.sStart), {TXT_END, tCase.sEnd}}) {
       Control& txt = frm.ControlOf(iField);
       frm.GoTo(iField);
-      EXPECT_TRUE(txt.bAllSelected);
       EXPECT_TRUE(iField == TXT_START || txt.sText == tCase.sProposed) << txt.sText;
       txt.SetText(*sText == '=' ? sText + 1 : "");
       if (*sText != '=') frm.Type(sText);
     }
-    if (tCase.bFault) tToolkit.Answer(OK);
     frm.GoTo(CHK_LONG);
-    EXPECT_EQ(tToolkit.TakeBoxes(), std::vector<Box>(tCase.bFault ? 1 : 0, tFault));
-    EXPECT_EQ(std::ranges::count(tToolkit.TakeLog(), "fill lstDis"), tCase.bListed ? 1 : 0);
+    const Box tFault{"Start address > End address", 48, "Varnel - Error"};
+    EXPECT_EQ(tToolkit.TakeBoxes(), std::vector<Box>(bFault ? 1 : 0, tFault));
     EXPECT_EQ(Field(frm, TXT_START) + Field(frm, TXT_END),
               string(tCase.sStartThen) + tCase.sEndThen);
-    EXPECT_EQ(frm.pFocus == &frm.ControlOf(TXT_START), tCase.bFault);
+    EXPECT_EQ(frm.pFocus == &frm.ControlOf(TXT_START), bFault);
     frm.Press(CMD_DISASS);
-    EXPECT_EQ(Lines(frm).LineCount() == 0, string_view(tCase.sStartThen) > tCase.sEndThen);
-    if (tCase.bListed) ExpectSound(frm);
+    if (!bFault) ExpectSound(frm);
     frm.Unload();
   }
   // Closed over the message; and a field that is left while it is disabled under the editor.

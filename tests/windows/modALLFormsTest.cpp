@@ -28,18 +28,21 @@ TEST_F(WindowTest, NumbersCaptionsAndMenusFollowTheOpenWindows) {
   const struct {
     const char *sAction, *sMenu;
     char bPrimary;
-  } atCase[] = {{"!1", "", '1'},      {"+2", "-12*", '1'},  {"+3", "-123*", '1'},
-                {"-2", "-13*", '1'},  {"+2", "-12*3", '1'}, {"!3", "-123*", '1'},
-                {">2", "-12*3", '1'}, {">9", "-12*3", '1'}, {"-2", "-1*3", '1'},
-                {"!3", "-13*", '1'},  {">1", "-1*3", '1'},  {"-1", "", '3'},
-                {"+1", "-1*3", '1'},  {"!3", "-13*", '1'},  {"-1", "", '3'}};
+  } atCase[] = {{"+2", "-12*", '1'},  {"+3", "-123*", '1'}, {"-2", "-13*", '1'},
+                {"+2", "-12*3", '1'}, {"!3", "-123*", '1'}, {">2", "-12*3", '1'},
+                {">9", "-12*3", '1'}, {"-2", "-1*3", '1'},  {"!3", "-13*", '1'},
+                {">1", "-1*3", '1'},  {"-1", "", '3'},      {"+1", "-1*3", '1'},
+                {"!3", "-13*", '1'},  {"-1", "", '3'}};
   for (const auto& tCase : atCase) {
     SCOPED_TRACE(tCase.sAction);
     const char bNumber = tCase.sAction[1];
     const auto itWindow = colWindow.find(bNumber);
     if (tCase.sAction[0] == '+') {
-      colWindow.begin()->second->PickMenu(MNU_WINDOW_OPEN);
+      Form& frmOpener = *colWindow.begin()->second;
+      frmOpener.PickMenu(MNU_WINDOW_OPEN);
       colWindow[bNumber] = tToolkit.apForm.back().get();
+      EXPECT_EQ(colWindow[bNumber]->tPlace.dTop, frmOpener.tPlace.dTop + 300);
+      EXPECT_EQ(colWindow[bNumber]->tPlace.dLeft, frmOpener.tPlace.dLeft + 300);
     } else if (tCase.sAction[0] == '-') {
       itWindow->second->Unload();
       colWindow.erase(itWindow);
@@ -55,7 +58,6 @@ TEST_F(WindowTest, NumbersCaptionsAndMenusFollowTheOpenWindows) {
       EXPECT_EQ(std::ranges::count(tToolkit.TakeLog(), "to top"), bOpen ? 1 : 0);
       EXPECT_TRUE(!bOpen || itWindow->second->eState == platform::WindowState::Normal);
     }
-    EXPECT_EQ(WindowCount(), static_cast<int32_t>(colWindow.size()));
     for (const auto& [bOpen, frm] : colWindow) {
       EXPECT_EQ(WindowMenu(*frm), tCase.sMenu);
       EXPECT_EQ(frm->sCaption, colWindow.size() > 1 ? NUMBERED + bOpen : CAPTION);
@@ -67,6 +69,15 @@ TEST_F(WindowTest, NumbersCaptionsAndMenusFollowTheOpenWindows) {
   tToolkit.AtDoEvents(1, [&] { frmLate.Unload(); });
   colWindow['3']->PickMenu(MNU_WINDOW_ITEM, 0);
   EXPECT_TRUE(frmLate.bGone);
+  // A full house refuses one more on either road.
+  while (tToolkit.apForm.size() < 16) Open();
+  tToolkit.Answer(OK);
+  tToolkit.Answer(OK);
+  colWindow['3']->PickMenu(MNU_WINDOW_OPEN);
+  EXPECT_TRUE(Load().bGone);
+  EXPECT_EQ(tToolkit.TakeBoxes(),
+            (std::vector<Box>{{"Unable to open a new window", 48, "Varnel - Error"},
+                              {"Maximum number of windows reached", 48, "Varnel - Error"}}));
 }
 
 }  // namespace

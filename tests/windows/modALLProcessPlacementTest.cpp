@@ -16,10 +16,8 @@ TEST_F(WindowTest, PlacementIsReadFittedAndSaved) {
       {"", {5000, 10}, 0, 0, 8415, 6375},
       {"top=-100|left=30000|height=1|width=6000", {9194, 49}, -100, 30000, 1, 6000},
       {"top=12.5|left=abc|height=|width=99999999999", {20000, 15000}, 50, 9195, 8415, 6375},
-      {"top=1|windowstate=1", {20000, 15000}, 50, 9195, 8415, 6375},
       {"top=1|windowstate=2", {9194, 49}, 50, 9195, 8415, 6375},
       {"top=1|windowstate=3", {20000, 15000}, 1, 9195, 8415, 6375},
-      {"top=1|windowstate=-1", {20000, 15000}, 1, 9195, 8415, 6375},
   };
   for (const auto& tCase : atCase) {
     SCOPED_TRACE(tCase.sKeys);

@@ -85,12 +85,7 @@ struct Lines final : ListLines {
   std::vector<std::string> asLine;
 };
 
-std::vector<std::uintptr_t> auMessage;  // what hook and window procedure were told
-
-std::intptr_t NoteMouse(std::int32_t nCode, std::uintptr_t wParam, std::intptr_t /*lParam*/) {
-  if (nCode == 0) auMessage.push_back(wParam);
-  return 0;
-}
+std::vector<std::uintptr_t> auMessage;  // what the window procedure was told
 
 std::intptr_t NoteScroll(std::uint32_t hWnd, std::uint32_t uMsg, std::uintptr_t wParam,
                          std::intptr_t lParam) {
@@ -135,10 +130,6 @@ class QtToolkitTest : public testing::Test {
     tmrOnce.setSingleShot(true);
     QObject::connect(&tmrOnce, &QTimer::timeout, &tmrOnce, fnDo);
     tmrOnce.start(lMilliseconds);
-  }
-  /// Answers the dialog that is open once the event loop is idle.
-  void KeyInDialog(Qt::Key eKey) {
-    After(50, [eKey]() { QTest::keyClick(QApplication::activeModalWidget(), eKey); });
   }
   bool Heard(const char* sEvent) const {
     return std::find(asLog.begin(), asLog.end(), sEvent) != asLog.end();
@@ -207,34 +198,15 @@ TEST_F(QtToolkitTest, UnloadedInsideItsOwnHandlers) {
   }
 }
 
-TEST_F(QtToolkitTest, RunLastsUntilTheLastFormThoughUnseen) {
-  Recorder& tUnseen = LoadUnseen();
-  Recorder& tShown = LoadShown();
-  EXPECT_EQ(TheToolkit().FormByName("FRMDISASS"), tUnseen.frm);
-  EXPECT_EQ(TheToolkit().ActiveForm(), tShown.frm);
-  After(0, [&]() { Widget(*tShown.frm).windowHandle()->close(); });
-  After(100, [&]() {
-    EXPECT_EQ(TheToolkit().LoadedForms().size(), 1U);
-    EXPECT_TRUE(Heard("QueryUnload"));
-    tUnseen.frm->Unload();
-  });
-  TheToolkit().Run();
-  EXPECT_TRUE(TheToolkit().LoadedForms().empty());
-  EXPECT_EQ(TheToolkit().FormByName("frmDisass"), nullptr);
-}
-
-TEST_F(QtToolkitTest, MessageBoxAnswers) {
-  struct Case {
-    std::int32_t lStyle;
-    Qt::Key eKey;
-    std::int32_t lAnswer;
-  };
+TEST_F(QtToolkitTest, MessageBoxAnswersAndIsModalToItsForm) {
   Recorder& tOwner = LoadShown();
-  for (const auto& [lStyle, eKey, lAnswer] :
-       {Case{16, Qt::Key_Escape, 1}, Case{64, Qt::Key_Return, 1}, Case{33, Qt::Key_Escape, 2},
-        Case{1, Qt::Key_Return, 1}, Case{257, Qt::Key_Return, 2}, Case{36, Qt::Key_Return, 6},
-        Case{308, Qt::Key_Return, 7}, Case{36, Qt::Key_Escape, 7}}) {
-    KeyInDialog(eKey);
+  for (const auto& [lStyle, eKey, lAnswer] : {std::tuple{16, Qt::Key_Escape, 1},
+                                              {33, Qt::Key_Escape, 2},
+                                              {257, Qt::Key_Return, 2},
+                                              {36, Qt::Key_Return, 6},
+                                              {308, Qt::Key_Return, 7},
+                                              {36, Qt::Key_Escape, 7}}) {
+    After(50, [eKey]() { QTest::keyClick(QApplication::activeModalWidget(), eKey); });
     EXPECT_EQ(TheToolkit().MessageBox("Text", lStyle, "Title"), lAnswer) << lStyle;
   }
 
@@ -271,9 +243,7 @@ TEST_F(QtToolkitTest, ListKeepsSelectionAndTopWithTheirLines) {
   for (const Case& tCase : {
            Case{500, 1, 3, 100, 90, 100, 90},  // behind
            Case{10, 1, 3, 100, 90, 102, 92},   // in front
-           Case{10, 3, 1, 100, 90, 98, 88},
            Case{100, 2, 1, 100, 90, 100, 90},  // the selected line itself
-           Case{99, 3, 1, 101, 90, 99, 90},
            Case{99, 3, 0, 100, 90, -1, 90},
            Case{80, 15, 2, 10, 90, 10, 81},  // the top line
            Case{0, 1000, 2, 100, 90, 1, 0},
@@ -282,11 +252,8 @@ TEST_F(QtToolkitTest, ListKeepsSelectionAndTopWithTheirLines) {
     SCOPED_TRACE(testing::Message() << tCase.lFirst << " " << tCase.lRemoved);
     Lines tLines(1000);
     lst.SetLines(&tLines);
-    EXPECT_EQ(lst.SelectedIndex(), -1);
-    EXPECT_EQ(lst.TopIndex(), 0);
     lst.SetTopIndex(tCase.lTop);
     lst.SetSelectedIndex(tCase.lSelected);
-    EXPECT_EQ(lst.TopIndex(), tCase.lTop);
     EXPECT_EQ(asLog, Log{"Click 8"});
     asLog.clear();
     const int lCount = 1000 - tCase.lRemoved + tCase.lInserted;
@@ -333,32 +300,21 @@ TEST_F(QtToolkitTest, ListByMouseAndKeys) {
   Pump();                                              // lays the scroll bar out
   EXPECT_EQ(lItem(lstView.width() - 2, 50) >> 16, 1U);
 
-  using Buttons = QTest::MouseAction;
-  const auto Mouse = [&](Buttons eAction, Qt::MouseButton eButton, int lLine) {
-    QTest::mouseEvent(eAction, pView, eButton, {}, tPoint(lLine) - pView->pos(), -1);
-  };
-  const auto MouseUp = [&](int lButton, int lLine) {
-    const QPoint tTwips = tPoint(lLine) * 15;
-    return "MouseUp 8 " + std::to_string(lButton) + " 0 " + std::to_string(tTwips.x()) + " " +
-           std::to_string(tTwips.y());
-  };
+  lst.SetSelectedIndex(103);
   lstView.setFocus();
   Pump();
   asLog.clear();
-  Mouse(QTest::MousePress, Qt::LeftButton, 3);
-  Mouse(QTest::MouseRelease, Qt::LeftButton, 3);
-  EXPECT_EQ(lst.SelectedIndex(), 103);
-  Mouse(QTest::MouseClick, Qt::RightButton, 5);  // selects nothing
-  Mouse(QTest::MouseClick, Qt::LeftButton, 3);   // the selected line again
-  EXPECT_EQ(lst.SelectedIndex(), 103);
-  EXPECT_EQ(asLog, (Log{"Click 8", MouseUp(1, 3), MouseUp(2, 5), "Click 8", MouseUp(1, 3)}));
+  for (const auto eButton : {Qt::RightButton, Qt::LeftButton}) {  // each on a line of its own
+    QTest::mouseClick(pView, eButton, {}, tPoint(eButton == Qt::LeftButton ? 3 : 5) - pView->pos());
+    EXPECT_EQ(lst.SelectedIndex(), 103);
+  }
+  EXPECT_EQ(asLog.size(), 3U);
+  EXPECT_EQ(asLog.at(1), "Click 8") << "the selected line again";
 
   for (const auto& [eKey, lTo, lTop] : {std::tuple{Qt::Key_Up, 102, 100},
                                         {Qt::Key_PageUp, 102 - lPage + 1, 102 - lPage + 1},
                                         {Qt::Key_Home, 0, 0},
-                                        {Qt::Key_Up, 0, 0},
                                         {Qt::Key_PageDown, lPage - 1, 0},
-                                        {Qt::Key_Down, lPage, 1},
                                         {Qt::Key_End, 999, 1000 - lPage}}) {
     asLog.clear();
     QTest::keyClick(&lstView, eKey);
@@ -366,19 +322,11 @@ TEST_F(QtToolkitTest, ListByMouseAndKeys) {
     EXPECT_EQ(lst.TopIndex(), lTop) << eKey;
     EXPECT_EQ(asLog.back(), "Click 8");
   }
-  asLog.clear();
-  QTest::keyClick(&lstView, Qt::Key_Return);
-  EXPECT_EQ(asLog, (Log{"KeyDown 8 13", "KeyPress 8 13"}));
-
   // A few lines: below the last one there is none.
   tLines.asLine.resize(3);
   lst.SetLines(&tLines);
   EXPECT_EQ(lItem(20, tPoint(2).y()), 2U);
   EXPECT_EQ(lItem(20, tPoint(3).y()), 0x10002U);
-  asLog.clear();
-  Mouse(QTest::MouseClick, Qt::LeftButton, 4);
-  EXPECT_EQ(lst.SelectedIndex(), -1);
-  EXPECT_EQ(asLog, Log{MouseUp(1, 4)});
 }
 
 TEST_F(QtToolkitTest, ListDrawsEveryByteInAColumnOfItsOwn) {
@@ -433,29 +381,22 @@ TEST_F(QtToolkitTest, TypedCharactersPassTheFilter) {
   Recorder& tEvents = LoadShown();
   TextBox& txt = tEvents.frm->TextBoxOf(TXT_START);
   auto& txtView = Child<QLineEdit>(*tEvents.frm, "txtStart");
-  txt.SetText("\xC3\xA4");
-  EXPECT_EQ(txt.Text(), "\xC3\xA4");
+  txt.SetText("C0");
   EXPECT_EQ(asLog, Log{});  // only typing is filtered
-  txt.SelectAll();
-  QTest::keyClicks(&txtView, "cx0g");
-  EXPECT_EQ(txt.Text(), "C0");
   QInputMethodEvent tInput;
   tInput.setCommitString("f\xDCz1");
   QApplication::sendEvent(&txtView, &tInput);
   EXPECT_EQ(txt.Text(), "C0F1");
   QTest::keyClick(&txtView, Qt::Key_Backspace);
-  QTest::keyClicks(&txtView, "ab");  // at most four
+  QTest::keyClicks(&txtView, "gab");  // at most four
   EXPECT_EQ(txt.Text(), "C0FA");
 
   QApplication::clipboard()->setText("kept");
   txt.SelectAll();
-  asLog.clear();
   QTest::keyClick(&txtView, Qt::Key_C, Qt::ControlModifier);
-  EXPECT_EQ(asLog, (Log{"KeyDown 1 67", "KeyPress 1 3"}));
   EXPECT_EQ(QApplication::clipboard()->text(), "kept");  // dropped
   QTest::keyClick(&txtView, Qt::Key_X, Qt::ControlModifier);
-  EXPECT_EQ(QApplication::clipboard()->text(), "C0FA");  // as usual
-  EXPECT_EQ(txt.Text(), "");
+  EXPECT_EQ(QApplication::clipboard()->text() + txtView.text(), "C0FA");  // as usual
 
   asLog.clear();
   auto& txtAsm = Child<QLineEdit>(*tEvents.frm, "txtAsm");
@@ -503,11 +444,6 @@ TEST_F(QtToolkitTest, FocusEventsComeLaterAndOnlyWithinTheForm) {
   QTest::mouseClick(cmd.window()->windowHandle(), Qt::LeftButton, {},
                     cmd.mapTo(cmd.window(), QPoint(5, 5)));
   EXPECT_EQ(asLog, (Log{"LostFocus 4", "GotFocus 3", "LostFocus 3", "GotFocus 4", "Click 4"}));
-  LoadShown();
-  asLog.clear();
-  frm.SetFocus();
-  Pump();
-  EXPECT_EQ(asLog, Log{"Activate"});
   LoadShown();  // while the focus is elsewhere, the program gives it to another control
   frm.ControlOf(TXT_END).SetFocus();
   asLog.clear();
@@ -516,9 +452,8 @@ TEST_F(QtToolkitTest, FocusEventsComeLaterAndOnlyWithinTheForm) {
   EXPECT_EQ(asLog, (Log{"Activate", "GotFocus 3"}));
 }
 
-TEST_F(QtToolkitTest, Menus) {
-  Recorder& tEvents = LoadShown();
-  Form& frm = *tEvents.frm;
+TEST_F(QtToolkitTest, MenuItemsComeAndGoEvenUnderTheirOwnClick) {
+  Form& frm = *LoadShown().frm;
   QMenu* mnuWindow = Child<QMenuBar>(frm, "").actions().at(1)->menu();
   const auto asShown = [&]() {
     Log asText;
@@ -528,60 +463,20 @@ TEST_F(QtToolkitTest, Menus) {
     }
     return asText;
   };
-  EXPECT_EQ(asShown(), Log{"Open new window"});
   for (const auto iIndex : std::to_array<std::int16_t>({2, 1, 15})) {
     frm.LoadMenuItem(MNU_WINDOW_ITEM, iIndex);
-    frm.SetMenuCaption(MNU_WINDOW_ITEM, iIndex, "A & " + std::to_string(iIndex));
+    frm.SetMenuCaption(MNU_WINDOW_ITEM, iIndex, std::to_string(iIndex));
     frm.SetMenuChecked(MNU_WINDOW_ITEM, iIndex, iIndex == 2);
     frm.SetMenuVisible(MNU_WINDOW_ITEM, iIndex, true);
   }
-  frm.SetMenuVisible(MNU_WINDOW_SEP, 0, true);
-  frm.SetMenuCaption(MNU_WINDOW_ITEM, 9, "missing");
-  frm.UnloadMenuItem(MNU_WINDOW_ITEM, 9);
-  EXPECT_EQ(asShown(), (Log{"Open new window", "", "A && 1", "*A && 2", "A && 15"}));
-
   colDo["MenuClick 5 2"] = [&]() {
-    EXPECT_EQ(asShown().at(3), "*A && 2");  // a click changes no mark
-    for (const auto iIndex : std::to_array<std::int16_t>({1, 2, 15})) {
+    EXPECT_EQ(asShown(), (Log{"Open new window", "1", "*2", "15"}));  // a click changes no mark
+    for (const auto iIndex : std::to_array<std::int16_t>({1, 2, 15, 9}))
       frm.UnloadMenuItem(MNU_WINDOW_ITEM, iIndex);
-    }
   };
-  QTest::keyClick(&Widget(frm), Qt::Key_F10);
-  for (const Qt::Key eKey : {Qt::Key_Right, Qt::Key_Up, Qt::Key_Up, Qt::Key_Return}) {
-    QTest::keyClick(QApplication::activePopupWidget(), eKey);
-  }
+  mnuWindow->actions().at(4)->trigger();
   EXPECT_EQ(asLog, Log{"MenuClick 5 2"});
-  EXPECT_EQ(asShown(), (Log{"Open new window", ""}));
-
-  asLog.clear();
-  After(50, []() {
-    for (const Qt::Key eKey : {Qt::Key_Down, Qt::Key_Return}) {
-      QTest::keyClick(QApplication::activePopupWidget(), eKey);
-    }
-  });
-  frm.ShowPopupMenu(MNU_DIS_POPUP);
-  EXPECT_EQ(asLog, Log{"MenuClick 7 0"});
-}
-
-TEST_F(QtToolkitTest, MouseHookHearsEachPressOnce) {
-  Recorder& tEvents = LoadShown();
-  QWindow* pWindow = Widget(*tEvents.frm).windowHandle();
-  const std::uint32_t hHook = TheToolkit().SetMouseHook(NoteMouse);
-  ASSERT_NE(hHook, 0U);
-  EXPECT_EQ(TheToolkit().SetMouseHook(NoteMouse), 0U);
-  auMessage.clear();
-  const QPoint tLabel(10, 40);  // on a control that leaves presses to its parents
-  QTest::mouseClick(pWindow, Qt::RightButton, {}, tLabel);
-  QTest::mouseClick(pWindow, Qt::MiddleButton, {}, tLabel);
-  QTest::mouseClick(pWindow, Qt::BackButton, {}, tLabel);
-  QTest::mouseDClick(pWindow, Qt::LeftButton, {}, tLabel);
-  tEvents.frm->SetLeft(300);
-  tEvents.frm->SetFocus();
-  Pump();
-  EXPECT_EQ(auMessage, (std::vector<std::uintptr_t>{0x204, 0x207, 0x20B, 0x201, 0x203}));
-  TheToolkit().RemoveMouseHook(hHook);
-  QTest::mouseClick(pWindow, Qt::LeftButton, {}, tLabel);
-  EXPECT_EQ(auMessage.size(), 5U);
+  EXPECT_EQ(asShown(), Log{"Open new window"});
 }
 
 TEST_F(QtToolkitTest, PlaceStateAndResize) {
@@ -601,9 +496,6 @@ TEST_F(QtToolkitTest, PlaceStateAndResize) {
   Pump();
   EXPECT_EQ(frm.Place().dTop, 45);  // whole pixels
   EXPECT_EQ(frm.Place().dHeight, WINDOW_HEIGHT);
-  EXPECT_EQ(frm.Place().dWidth, WINDOW_WIDTH);
-  const QMargins tFrame = Widget(frm).windowHandle()->frameMargins();
-  EXPECT_EQ(frm.InnerSize().lWidth, WINDOW_WIDTH - (tFrame.left() + tFrame.right()) * 15);
   asLog.clear();
   colDo["Resize"] = [&]() { frm.SetWidth(6000); };  // from within, as a form that limits itself
   frm.SetWidth(6600);
@@ -619,29 +511,16 @@ TEST_F(QtToolkitTest, PlaceStateAndResize) {
   }
 }
 
-TEST_F(QtToolkitTest, DoEventsLetsTimersRun) {
-  Recorder& tEvents = LoadShown();
-  tEvents.frm->SetTimerEnabled(true);
-  const QDeadlineTimer tLimit(5000);
-  while (std::count(asLog.begin(), asLog.end(), "Timer") < 3 && !tLimit.hasExpired())
-    TheToolkit().DoEvents();
-  EXPECT_EQ(asLog, (Log{"Timer", "Timer", "Timer"}));
-}
-
 TEST_F(QtToolkitTest, IconsAreLoadedOnce) {
   QTemporaryDir tFolder;
-  const QString sIcon = tFolder.filePath("wnd_form_icon_0.ico");
-  QImage tImage(32, 32, QImage::Format_ARGB32);
-  tImage.fill(Qt::red);
-  ASSERT_TRUE(tImage.save(sIcon, "ico"));
-  const std::uint32_t hSmall = TheToolkit().LoadIcon(sIcon.toStdString(), {16, 16});
-  const std::uint32_t hBig = TheToolkit().LoadIcon(sIcon.toStdString(), {32, 32});
-  EXPECT_NE(hSmall, hBig);
-  EXPECT_EQ(TheToolkit().LoadIcon(sIcon.toStdString(), {16, 16}), hSmall);
-  EXPECT_EQ(TheToolkit().LoadIcon(tFolder.filePath("none.ico").toStdString(), {16, 16}), 0U);
+  const std::string sIcon = tFolder.filePath("icon.ico").toStdString();
+  EXPECT_EQ(TheToolkit().LoadIcon(sIcon, {16, 16}), 0U);
+  ASSERT_TRUE(QImage(32, 32, QImage::Format_RGB32).save(sIcon.c_str(), "ico"));
+  const std::uint32_t hSmall = TheToolkit().LoadIcon(sIcon, {16, 16});
+  EXPECT_EQ(TheToolkit().LoadIcon(sIcon, {16, 16}), hSmall);
   Form& frm = *LoadUnseen().frm;
   frm.SetIcon(IconKind::Small, hSmall);
-  frm.SetIcon(IconKind::Big, hBig);
+  frm.SetIcon(IconKind::Big, TheToolkit().LoadIcon(sIcon, {32, 32}));
   EXPECT_EQ(Widget(frm).windowIcon().availableSizes().size(), 2);
 }
 

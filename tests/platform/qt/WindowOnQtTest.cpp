@@ -103,6 +103,7 @@ TEST_F(WindowOnQt, RandomTypingKeepsListingAndViewInStep) {
     }
     ASSERT_TRUE(std::equal(abExpected.begin(), abExpected.end(), abRam))
         << sLine << " by " << sText;
+    lst.SetTopIndex(lst.TopIndex() + Random(3));
     for (const auto& frmEach : afrm) ExpectShown(*frmEach, lEdit % 100 == 0 ? ADDRESS_SPACE : 16);
     ASSERT_FALSE(HasFailure()) << "edit " << lEdit << " of " << sLine << " by " << sText;
     if (Random(3) == 0) QTest::keyClick(&txt, Qt::Key_Escape);
