@@ -44,7 +44,7 @@ bool IniOpen() {
   if (IniIsOpen()) return true;
   const std::string sPath =
       modALLProcess::LocalAppFolder() + platform::PATH_SEPARATOR + "VARNEL.ini";
-  for (int iAttempt = 0; iAttempt < OPEN_ATTEMPTS; ++iAttempt) {
+  for (int lAttempt = 0; lAttempt < OPEN_ATTEMPTS; ++lAttempt) {
     hIniFile = platform::OpenExclusiveFile(sPath);
     if (IniIsOpen()) return true;
     hIniFile = 0;
@@ -65,8 +65,8 @@ bool IniWriteLines(std::uint32_t hFile, const IniLines& asLine) {
 
 // Runs one use of the file, which is closed afterwards whatever happens in it; an error in it, such
 // as memory running out over a huge file, is a failure.
-template <typename fnUse>
-bool WithIniFile(fnUse fnDo) {
+template <typename Use>
+bool WithIniFile(Use fnDo) {
   bool bDone = false;
   try {
     bDone = IniOpen() && fnDo();

@@ -22,18 +22,18 @@ constexpr const char* SHARED_MEMORY_FOLDER = "/dev/shm";
 
 std::string FileNamePrefix() { return "varnel-" + std::to_string(::geteuid()) + "-"; }
 
-void AppendHex(std::string& sText, std::uint64_t lValue, int iDigits) {
-  for (int iShift = 4 * (iDigits - 1); iShift >= 0; iShift -= 4) {
-    sText += "0123456789abcdef"[(lValue >> static_cast<unsigned>(iShift)) & 0xFU];
+void AppendHex(std::string& sText, std::uint64_t lValue, int lDigits) {
+  for (int lShift = 4 * (lDigits - 1); lShift >= 0; lShift -= 4) {
+    sText += "0123456789abcdef"[(lValue >> static_cast<unsigned>(lShift)) & 0xFU];
   }
 }
 
 // FNV-1a with 64 bits; over a text and over the same text backwards it gives two unlike numbers.
-template <typename tIterator>
-std::uint64_t Hash(tIterator tFirst, tIterator tEnd) {
+template <typename Iterator>
+std::uint64_t Hash(Iterator itFirst, Iterator itEnd) {
   std::uint64_t lHash = 0xCBF29CE484222325U;
-  for (; tFirst != tEnd; ++tFirst) {
-    lHash = (lHash ^ static_cast<unsigned char>(*tFirst)) * 0x100000001B3U;
+  for (; itFirst != itEnd; ++itFirst) {
+    lHash = (lHash ^ static_cast<unsigned char>(*itFirst)) * 0x100000001B3U;
   }
   return lHash;
 }

@@ -202,10 +202,10 @@ class QtCheckBox final : public ControlOn<CheckBox, QCheckBox> {
 /// A palette with black text on a background of its own, in light and dark themes alike.
 QPalette PaletteOn(QPalette tPalette, std::int32_t lBackColor) {
   const auto lColor = static_cast<std::uint32_t>(lBackColor);
-  const auto lPart = [=](std::uint32_t lShift) {
+  const auto fnPart = [=](std::uint32_t lShift) {
     return static_cast<int>(lColor >> lShift & 0xFFU);
   };
-  tPalette.setColor(QPalette::Base, QColor(lPart(0), lPart(8), lPart(16)));
+  tPalette.setColor(QPalette::Base, QColor(fnPart(0), fnPart(8), fnPart(16)));
   tPalette.setColor(QPalette::Text, Qt::black);
   tPalette.setColor(QPalette::Highlight, QColor(0, 90, 180));
   tPalette.setColor(QPalette::HighlightedText, Qt::white);

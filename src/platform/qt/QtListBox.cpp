@@ -206,20 +206,20 @@ void ListView::updateGeometries() {
   const int lBarWidth = verticalScrollBar()->sizeHint().width();
   const int lBarHeight = horizontalScrollBar()->sizeHint().height();
   const QSize tMost = maximumViewportSize();
-  const auto lPage = [this](int lHeight) {
+  const auto fnPage = [this](int lHeight) {
     return std::max(1, (lHeight - TextTop()) / lLineHeight);
   };
   const int lTextWidth = TextLeft() + static_cast<int>(std::ceil(lLongest * dColumn));
 
-  bool bVertical = LineCount() > lPage(tMost.height());
+  bool bVertical = LineCount() > fnPage(tMost.height());
   const bool bHorizontal = lTextWidth > tMost.width() - (bVertical ? lBarWidth : 0);
   const int lHeight = tMost.height() - (bHorizontal ? lBarHeight : 0);
-  bVertical = LineCount() > lPage(lHeight);
+  bVertical = LineCount() > fnPage(lHeight);
   const int lWidth = std::max(1, tMost.width() - (bVertical ? lBarWidth : 0));
 
   // The range before the page step: QListView's own relations between the two are of no use here.
-  verticalScrollBar()->setRange(0, std::max(0, LineCount() - lPage(lHeight)));
-  verticalScrollBar()->setPageStep(lPage(lHeight));
+  verticalScrollBar()->setRange(0, std::max(0, LineCount() - fnPage(lHeight)));
+  verticalScrollBar()->setPageStep(fnPage(lHeight));
   verticalScrollBar()->setSingleStep(1);
   horizontalScrollBar()->setRange(0, bHorizontal ? std::max(0, lTextWidth - lWidth) : 0);
   horizontalScrollBar()->setPageStep(lWidth);
@@ -265,7 +265,7 @@ void ListView::currentChanged(const QModelIndex& tCurrent, const QModelIndex& /*
 void ListView::scrollContentsBy(int lX, int lY) {
   viewport()->update();
   if (bQuietScroll) return;
-  std::uint32_t uMsg = uScrollMessage;
+  std::uint32_t uMsg = lScrollMessage;
   if (uMsg == 0) uMsg = lY != 0 || lX == 0 ? WM_VSCROLL : WM_HSCROLL;
   frm.Deliver([this, uMsg](FormEvents&) { frm.OwnToolkit().ListScrolled(hWnd, uMsg); });
 }
@@ -278,14 +278,14 @@ void ListView::paintEvent(QPaintEvent* pEvent) {
   const QPalette::ColorGroup eGroup = !isEnabled()                     ? QPalette::Disabled
                                       : hasFocus() && isActiveWindow() ? QPalette::Active
                                                                        : QPalette::Inactive;
-  const auto tColor = [&](QPalette::ColorRole eRole) { return palette().color(eGroup, eRole); };
+  const auto fnColor = [&](QPalette::ColorRole eRole) { return palette().color(eGroup, eRole); };
   const int lLast = std::min(LineAt(pEvent->rect().bottom()), LineCount() - 1);
   for (int lIndex = std::max(LineAt(pEvent->rect().top()), Top()); lIndex <= lLast; ++lIndex) {
     const bool bSelected = lIndex == lSelected;
     const QRect tLine(0, TextTop() + (lIndex - Top()) * lLineHeight, viewport()->width(),
                       lLineHeight);
-    const QColor tBack = tColor(bSelected ? QPalette::Highlight : QPalette::Base);
-    const QColor tText = tColor(bSelected ? QPalette::HighlightedText : QPalette::Text);
+    const QColor tBack = fnColor(bSelected ? QPalette::Highlight : QPalette::Base);
+    const QColor tText = fnColor(bSelected ? QPalette::HighlightedText : QPalette::Text);
     if (bSelected) tPainter.fillRect(tLine, tBack);
     DrawLine(tPainter, pModel->Line(lIndex), tLine.top(), tText, Mixed(tText, tBack));
   }
@@ -296,13 +296,13 @@ void ListView::paintEvent(QPaintEvent* pEvent) {
 void ListView::DrawLine(QPainter& tPainter, std::string_view sLine, int lTop, const QColor& tText,
                         const QColor& tMark) {
   const double dLeft = TextLeft() - horizontalScrollBar()->value();
-  const auto dColumnAt = [=, this](int lX) { return (lX - dLeft) / dColumn; };
+  const auto fnColumnAt = [=, this](int lX) { return (lX - dLeft) / dColumn; };
   const auto lEnd =
-      std::min(sLine.size(), static_cast<std::size_t>(std::ceil(dColumnAt(viewport()->width()))));
+      std::min(sLine.size(), static_cast<std::size_t>(std::ceil(fnColumnAt(viewport()->width()))));
   alGlyph.clear();
   atGlyphPoint.clear();
   tPainter.setPen(tText);
-  for (auto lAt = static_cast<std::size_t>(std::max(0.0, std::floor(dColumnAt(0)))); lAt < lEnd;
+  for (auto lAt = static_cast<std::size_t>(std::max(0.0, std::floor(fnColumnAt(0)))); lAt < lEnd;
        ++lAt) {
     const auto bCode = static_cast<unsigned char>(sLine[lAt]);
     const QPointF tPoint(dLeft + static_cast<double>(lAt) * dColumn, lTop + lBaseline);
@@ -435,7 +435,7 @@ void ListView::keyPressEvent(QKeyEvent* pEvent) {
 
 void ListView::wheelEvent(QWheelEvent* pEvent) {
   pEvent->accept();
-  const QScopedValueRollback tMessage(uScrollMessage, WM_MOUSEWHEEL);
+  const QScopedValueRollback tMessage(lScrollMessage, WM_MOUSEWHEEL);
   const QPoint tAngle = pEvent->angleDelta();
   // X servers' pixel counts depend on the driver; the angle is dependable everywhere.
   const bool bPixels =

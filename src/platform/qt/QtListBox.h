@@ -85,7 +85,7 @@ class ListView final : public QListView {
   int lSelected = -1;
   int lLongest = 0;  // columns of the longest line
   double dWheelRest = 0;
-  std::uint32_t uScrollMessage = 0;  // what the scroll under way is reported as; 0: by its axis
+  std::uint32_t lScrollMessage = 0;  // what the scroll under way is reported as; 0: by its axis
   bool bQuietScroll = false;         // the scroll under way follows a change of the lines
   QBasicTimer tmrDrag;
   QPoint tDragPoint;

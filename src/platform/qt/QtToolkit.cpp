@@ -44,11 +44,11 @@ std::uintptr_t PressMessage(const QMouseEvent& tPress) {
   constexpr std::uintptr_t WM_MBUTTONDOWN = 0x207;
   constexpr std::uintptr_t WM_XBUTTONDOWN = 0x20B;
   constexpr std::uintptr_t TO_DOUBLE_CLICK = 2;
-  std::uintptr_t uDown = WM_XBUTTONDOWN;
-  if (tPress.button() == Qt::LeftButton) uDown = WM_LBUTTONDOWN;
-  if (tPress.button() == Qt::RightButton) uDown = WM_RBUTTONDOWN;
-  if (tPress.button() == Qt::MiddleButton) uDown = WM_MBUTTONDOWN;
-  return tPress.type() == QEvent::MouseButtonDblClick ? uDown + TO_DOUBLE_CLICK : uDown;
+  std::uintptr_t lDown = WM_XBUTTONDOWN;
+  if (tPress.button() == Qt::LeftButton) lDown = WM_LBUTTONDOWN;
+  if (tPress.button() == Qt::RightButton) lDown = WM_RBUTTONDOWN;
+  if (tPress.button() == Qt::MiddleButton) lDown = WM_MBUTTONDOWN;
+  return tPress.type() == QEvent::MouseButtonDblClick ? lDown + TO_DOUBLE_CLICK : lDown;
 }
 
 }  // namespace
@@ -58,7 +58,7 @@ class QtToolkit::MouseWatch final : public QObject {
  public:
   explicit MouseWatch(MouseProc fnItsProc) : fnProc(fnItsProc) { qApp->installEventFilter(this); }
 
-  void Report(std::uintptr_t uMessage) const { fnProc(0, uMessage, 0); }
+  void Report(std::uintptr_t lMessage) const { fnProc(0, lMessage, 0); }
 
   bool eventFilter(QObject* pWatched, QEvent* pEvent) override {
     const bool bPress = pEvent->type() == QEvent::MouseButtonPress;
