@@ -31,15 +31,18 @@ std::wstring WithoutAccessKey(std::wstring sCaption) {
   return sCaption;
 }
 
-/// The dialogs that belong to a window.
+/// The dialogs that belong to a window and wait for an answer; an answered one is hidden, but its
+/// call comes back only after those that began later.
 std::vector<HWND> DialogsOf(HWND hOwner) {
   std::pair<HWND, std::vector<HWND>> tSearch{hOwner, {}};
   const auto fnNote = [](HWND hWnd, LPARAM pSearch) -> BOOL {
     auto& [hWanted, ahFound] = *reinterpret_cast<std::pair<HWND, std::vector<HWND>>*>(pSearch);
     std::array<wchar_t, 8> sClass{};
     ::GetClassNameW(hWnd, sClass.data(), static_cast<int>(sClass.size()));
-    if (::GetWindow(hWnd, GW_OWNER) == hWanted && sClass.data() == std::wstring_view(DIALOG_CLASS))
+    if (::GetWindow(hWnd, GW_OWNER) == hWanted && ::IsWindowVisible(hWnd) != 0 &&
+        sClass.data() == std::wstring_view(DIALOG_CLASS)) {
       ahFound.push_back(hWnd);
+    }
     return TRUE;
   };
   ::EnumThreadWindows(::GetCurrentThreadId(), fnNote, reinterpret_cast<LPARAM>(&tSearch));
