@@ -1,0 +1,37 @@
+#include <sys/stat.h>
+
+#include "platform/SavedFile.h"
+#include "platform/TestProcess.h"
+
+namespace {
+
+using platform::SaveFileWhole;
+
+// As a user who may write the file, but neither replace it nor make another in its folder.
+const test::ChildCode SAVE_IN_A_CLOSED_FOLDER([](const test::Arguments& asFolder) {
+  const std::string sFile = asFolder[0] + "/open", sNewFile = asFolder[0] + "/new";
+  ASSERT_TRUE(test::GiveUpRights());
+  EXPECT_EQ(SaveFileWhole(sFile, "new"), "");
+  EXPECT_NE(SaveFileWhole(sNewFile, "new"), "");
+});
+
+TEST(SavedFileOnLinux, IsWrittenWhereAPlainWriteWouldBe) {
+  const test::TestFolder tFolder;
+  const std::string sFile = tFolder.Path("open");
+  test::WriteFile(sFile, "old and longer");
+  ASSERT_TRUE(::chmod(sFile.c_str(), 0666) == 0 && ::chmod(tFolder.Path().c_str(), 0555) == 0);
+  EXPECT_TRUE(test::RunInChild(SAVE_IN_A_CLOSED_FOLDER, {tFolder.Path()}));
+  ASSERT_EQ(::chmod(tFolder.Path().c_str(), 0755), 0);
+  EXPECT_EQ(test::ReadFile(sFile), "new");
+  // A name of the greatest length, and a link to a file that is yet to be made.
+  for (const std::string& sName : {std::string(255, 'n'), std::string("link")}) {
+    const std::string sPath = tFolder.Path(sName);
+    if (sName == "link") std::filesystem::create_symlink("made", sPath);
+    EXPECT_EQ(SaveFileWhole(sPath, "text"), "");
+    EXPECT_EQ(test::ReadFile(sPath), "text");
+  }
+  EXPECT_EQ(test::ReadFile(tFolder.Path("made")), "text");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(tFolder.Path()), {}), 4);
+}
+
+}  // namespace
