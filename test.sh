@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Everything that must hold: format, warnings, tests (also under the sanitizers), static analysis and
-# a short run of each fuzzer. Ends with "N passed, N failed", counting tests and steps; the exit
-# status is 0 when nothing failed.
+# Everything that must hold: format, warnings, tests (also under the sanitizers, and of the Windows
+# programs under Wine), packages, static analysis and a short run of each fuzzer. Ends with
+# "N passed, N failed", counting tests and steps; the exit status is 0 when nothing failed.
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")" || exit 2
 . packaging/install.sh
@@ -57,6 +57,64 @@ Tests() {
   return "$lStatus"
 }
 
+# Packages a preset's programs, and gives the package's path.
+Package() {
+  rm -rf "build/$1/package"
+  cpack --preset "$1" >"$sLog" 2>&1 || {
+    cat "$sLog" >&2
+    return 1
+  }
+  find "build/$1/package" -maxdepth 1 -name "$2"
+}
+
+# Holds LISTING END... - whether each of these ends a line of a package's listing.
+Holds() {
+  local sListing="$1" sEnd
+  shift
+  for sEnd in "$@"; do
+    grep -q "$sEnd\$" <<<"$sListing" || {
+      echo "not in the package: $sEnd"
+      return 1
+    }
+  done
+}
+
+# Whether the programs of a folder do what users ask of them first.
+Work() { python3 tests/e2e/Journeys.py Start "$1"/varnel-{emulator,disass,z80}"${2:-}"; }
+
+DebianPackage() {
+  local sPackage
+  Build run && sPackage="$(Package run '*.deb')" || return 1
+  Holds "$(dpkg-deb --contents "$sPackage")" bin/varnel-disass bin/varnel-emulator bin/varnel-z80 \
+    man1/varnel-{disass,emulator,z80}.1 applications/varnel-disass.desktop apps/varnel.svg &&
+    dpkg-deb --field "$sPackage" Depends | grep -q libqt6widgets6 || return 1
+  if [ "$(id -u)" -ne 0 ]; then
+    echo "NOT RUN: only root can install the package and remove it again"
+    return
+  fi
+  if apt-get install --yes --no-install-recommends "./$sPackage" >"$sLog" 2>&1 && Work /usr/bin &&
+    apt-get remove --yes varnel >>"$sLog" 2>&1 && [ ! -e /usr/bin/varnel-disass ]; then
+    return
+  fi
+  cat "$sLog"
+  return 1
+}
+
+WindowsPackage() {
+  local sPackage sProgram sFolder=build/windows/unpacked
+  sPackage="$(Package windows '*.zip')" || return 1
+  Holds "$(unzip -l "$sPackage")" /varnel-{disass,emulator,z80}.exe /README.txt \
+    /notices/MinGW-w64.txt /notices/GCC.txt || return 1
+  rm -rf "$sFolder"
+  unzip -q -j "$sPackage" -d "$sFolder" || return 1
+  # A program needs no DLL that Windows does not have.
+  for sProgram in "$sFolder"/*.exe; do
+    x86_64-w64-mingw32-objdump -p "$sProgram" | awk '/DLL Name/ { print tolower($3) }'
+  done | grep -vxE '(advapi32|comctl32|comdlg32|gdi32|kernel32|msvcrt|ole32|shell32|user32)\.dll' &&
+    return 1
+  WINEPREFIX="$PWD/build/windows/wine" WINEDEBUG=-all Work "$PWD/$sFolder" .exe
+}
+
 # Our own sources only: what the build generates is beneath build/. Not every warning option of GCC
 # is known to clang.
 Tidy() {
@@ -84,6 +142,14 @@ Step "build" Build dev -DVARNEL_BENCH=ON
 Step "tests" Tests dev
 Step "build with sanitizers" Build sanitize
 Step "tests with sanitizers" Tests sanitize
+Step "Debian package" DebianPackage
+if InstallPackages windows && wine --version; then
+  Step "build for Windows" Build windows
+  Step "tests under Wine" Tests windows
+  Step "Windows package" WindowsPackage
+else
+  Step "Windows programs: NOT RUN, since packages are missing" false
+fi
 Step "build of the fuzzers" Build fuzz
 for sTarget in FuzzDecoder FuzzAssembler FuzzRoundTrip; do
   Step "$sTarget" Fuzz "$sTarget"

@@ -85,6 +85,9 @@ class LinuxSystem:
             lHash = (lHash ^ bCharacter) * 0x100000001B3 & 0xFFFFFFFFFFFFFFFF
         return [sFile for sFile in os.listdir("/dev/shm") if (sMark or "%016X" % lHash) in sFile]
 
+    def End(self):
+        """What is left to do after all programs have ended."""
+
 
 class WineSystem(LinuxSystem):
     """The Windows programs under Wine, in a copy of the prepared folder that WINEPREFIX names."""
@@ -123,6 +126,9 @@ class WineSystem(LinuxSystem):
     def Leftovers(self, sMark=None):
         return []  # the system itself forgets what no process has open
 
+    def End(self):
+        subprocess.run(["wineserver", "--kill"], env=self.Environment())
+
 
 class Desktop:
     """An X server and a window manager of the run's own, and all that runs on them."""
@@ -159,6 +165,7 @@ class Desktop:
             except ProcessLookupError:
                 pass
             tProcess.wait()
+        self.tSystem.End()
 
     def Ask(self, *asWord):
         """What xdotool prints; nothing when it fails, as for a window that is gone."""
