@@ -161,10 +161,13 @@ class WindowTest : public testing::Test {
 /// Random memory under windows, and random instructions to type into them.
 class RandomTyping : public WindowTest {
  protected:
-  RandomTyping() {
+  RandomTyping() { Fill(4); }
+  /// Prefixes and what is often behind them, but for one byte in lOdd; above 100 one prefix alone.
+  void Fill(uint32_t lOdd) {
     for (int32_t lByte = 0; lByte < 0x10000; ++lByte) {
-      abRam[lByte] =
-          Random(4) == 0 ? Random(256) : std::array<uint8_t, 3>{0xDD, 0x21, 0xCB}[Random(3)];
+      abRam[lByte] = Random(lOdd) == 0
+                         ? Random(256)
+                         : std::array<uint8_t, 3>{0xDD, 0x21, 0xCB}[Random(lOdd > 100 ? 1 : 3)];
       abRam[0x10000 + lByte] = Random(20) == 0;
     }
   }

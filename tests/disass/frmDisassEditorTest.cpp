@@ -228,12 +228,20 @@ TEST_F(WindowTest, EditorsElsewhereFollowAChange) {
 
 TEST_F(RandomTyping, KeepsAllWindowsInStep) {
   std::vector<Form*> afrm;
-  for (const auto& [sStart, sEnd] :
-       {std::pair("8000", "8030"), {"8011", "8050"}, {"FFE0", "FFFF"}, {"0000", "0020"}}) {
+  for (const auto& [sStart, sEnd] : {std::pair("8000", "8030"),
+                                     {"8011", "8050"},
+                                     {"8020", "8020"},
+                                     {"FFE0", "FFFF"},
+                                     {"0000", "0020"}}) {
     List(*afrm.emplace_back(&Open()), sStart, sEnd);
   }
   for (int iEdit = 0; iEdit < 2000; ++iEdit) {
-    Form& frm = *afrm[Random(4)];
+    for (size_t lForm = 0; iEdit % 100 == 0 && lForm < afrm.size(); ++lForm) {
+      if (lForm == 0) Fill(iEdit % 200 == 0 ? 4 : 200);
+      afrm[lForm]->Key(ESC);
+      afrm[lForm]->Press(CMD_DISASS);
+    }
+    Form& frm = *afrm[Random(5)];
     const int32_t lLine = Random(250) % Lines(frm).LineCount();
     const string sLine(Lines(frm).Line(lLine));
     frm.DoubleClick(LST_DIS, lLine);
