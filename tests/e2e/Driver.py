@@ -130,6 +130,11 @@ class WineSystem(LinuxSystem):
         subprocess.run(["wineserver", "--kill"], env=self.Environment())
 
 
+def System(sFolder, sProgram):
+    """The system that a program is for."""
+    return (WineSystem if sProgram.endswith(".exe") else LinuxSystem)(sFolder)
+
+
 class Desktop:
     """An X server and a window manager of the run's own, and all that runs on them."""
 

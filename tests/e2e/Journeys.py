@@ -14,7 +14,7 @@ import time
 from pathlib import Path
 
 from Driver import (CAPTION, CHK_ALLOW, CHK_LONG, CMD_DISASS, TXT_END, TXT_START, Desktop, Emulator,
-                    LinuxSystem, Until, WineSystem)
+                    System, Until)
 
 ERROR, QUESTION, CONFIRMATION, PROTECTED, LONGER = (
     "Varnel - Error", "Varnel - Question", "Varnel - Confirmation",
@@ -526,8 +526,7 @@ def Main():
     sJourney, *asProgram = sys.argv[1:5]
     adMinutes = [float(sMinutes) for sMinutes in sys.argv[6:7]]
     with tempfile.TemporaryDirectory() as sFolder:
-        bWindows = asProgram[0].endswith(".exe")
-        t = Journey((WineSystem if bWindows else LinuxSystem)(sFolder), *asProgram)
+        t = Journey(System(sFolder, asProgram[0]), *asProgram)
         try:
             globals()[sJourney](t, *adMinutes)
         except BaseException:

@@ -9,7 +9,9 @@ import tempfile
 import time
 from pathlib import Path
 
-from Driver import TXT_START, LinuxSystem, Until
+sys.path.append(str(Path(__file__).parents[1] / "tests/e2e"))
+
+from Driver import TXT_START, System, Until
 from Journeys import Journey
 
 STARTS = 15
@@ -53,7 +55,7 @@ def MeasureMemory(t):
 
 def Main():
     with tempfile.TemporaryDirectory() as sFolder:
-        t = Journey(LinuxSystem(sFolder), *sys.argv[1:4])
+        t = Journey(System(sFolder, sys.argv[1]), *sys.argv[1:4])
         try:
             t.Emulate(*sys.argv[4:])
             MeasureStarts(t)
