@@ -209,7 +209,7 @@ void WinForm::FocusNext(const ControlWindow& tControl, bool bBackward) {
   auto itControl = std::ranges::find(apOrder, &tControl);
   if (itControl != apOrder.end() && !bBackward) ++itControl;
   // First those on the way to the end of the order, then those from its other end.
-  std::ranges::rotate(apOrder, itControl);
+  std::rotate(apOrder.begin(), itControl, apOrder.end());
   if (bBackward) std::ranges::reverse(apOrder);
   const auto itNext = std::ranges::find_if(
       apOrder, [&](const auto* pOther) { return pOther != &tControl && pOther->TakesFocus(); });
