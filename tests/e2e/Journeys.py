@@ -462,7 +462,7 @@ def Stress(t, dMinutes=0.25):
     def OpenWindow(frm):
         if len(afrm) < lMost:
             lLeft, lTop = frm.Place()
-            if lLeft > 900:  # each new window stands a little farther off
+            if lLeft > 900 or lTop > 400:  # each new window stands a little farther off
                 frm.Drag(100 - lLeft, 100 - lTop)
                 Until(lambda: frm.Place() == (100, 100), "the window to move")
             afrm.append(frm.OpenAnother())
