@@ -70,9 +70,9 @@ WinForm::WinForm(WinToolkit& tItsToolkit, const FormDesign& tDesign,
     return ::RegisterClassExW(&tClass);
   }();
   static_cast<void>(iClass);
-  ::CreateWindowExW(WS_EX_CONTROLPARENT, WINDOW_CLASS, WideOf(tDesign.sCaption).c_str(),
-                    WINDOW_STYLE, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
-                    nullptr, tMenus.Bar(), ::GetModuleHandleW(nullptr), this);
+  ::CreateWindowExW(0, WINDOW_CLASS, WideOf(tDesign.sCaption).c_str(), WINDOW_STYLE, CW_USEDEFAULT,
+                    CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, nullptr, tMenus.Bar(),
+                    ::GetModuleHandleW(nullptr), this);
   std::map<std::int16_t, ControlWindow*> colTab;
   for (const ControlDesign& tControl : tDesign.atControl) {
     auto pControl = BuildControl(*this, tControl, hFont.get(), hListingFont.get());
@@ -138,13 +138,10 @@ void WinForm::SetState(WindowState eState) {
 
 void WinForm::Show() {
   if (IsUnloaded()) return;
-  const WindowState eState = State();
+  constexpr std::array<int, 3> alCommand = {SW_SHOW, SW_SHOWMINIMIZED, SW_SHOWMAXIMIZED};
+  const int lCommand = alCommand.at(static_cast<std::size_t>(State()));
   NoteShown();
-  if (eState == WindowState::Normal) {
-    ::ShowWindow(hWnd, SW_SHOW);
-  } else {
-    ::ShowWindow(hWnd, eState == WindowState::Minimized ? SW_SHOWMINIMIZED : SW_SHOWMAXIMIZED);
-  }
+  ::ShowWindow(hWnd, lCommand);
   ReportResize();
 }
 

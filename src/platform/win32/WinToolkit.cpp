@@ -91,12 +91,14 @@ void WinToolkit::EndProgram(std::int32_t lStatus) { ::ExitProcess(static_cast<UI
 
 std::int32_t WinToolkit::RunMessageBox(FormCore* pOwner, std::string_view sPrompt,
                                        std::int32_t lStyle, std::string_view sTitle) {
-  const HWND hOwner = pOwner != nullptr ? WindowOf(*pOwner) : nullptr;
   const auto pKeep = pOwner != nullptr ? pOwner->shared_from_this() : nullptr;
+  const auto fnUnloaded = [&] { return pKeep != nullptr && pKeep->IsUnloaded(); };
+  if (fnUnloaded()) return DismissedAnswer(lStyle);
+  const HWND hOwner = pOwner != nullptr ? WindowOf(*pOwner) : nullptr;
   const int lAnswer =
       ::MessageBoxA(::IsWindowVisible(hOwner) != 0 ? hOwner : nullptr, std::string(sPrompt).c_str(),
                     std::string(sTitle).c_str(), static_cast<UINT>(lStyle));
-  return pKeep != nullptr && pKeep->IsUnloaded() ? DismissedAnswer(lStyle) : lAnswer;
+  return fnUnloaded() ? DismissedAnswer(lStyle) : lAnswer;
 }
 
 // ---- Screen and icons ---------------------------------------------------------------------------
