@@ -118,6 +118,7 @@ TEST_F(WindowTest, SelfCheckCountsAndEndsWithItsWindow) {
       EXPECT_FALSE(frm.ControlOf(CMD_DEBUG).bEnabled);
       if (bClosed) frm.Unload();
     });
+    tToolkit.AtDoEvents(2, [&] { EXPECT_FALSE(bClosed) << "it goes on without its window"; });
     if (!bClosed) tToolkit.Answer(OK);
     frm.Press(CMD_DEBUG);
     EXPECT_TRUE(bClosed || frm.ControlOf(CMD_DEBUG).bEnabled);
