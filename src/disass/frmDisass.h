@@ -155,5 +155,6 @@ class frmDisass final : public platform::FormEvents,
 
   std::int32_t lMenuAddr = 0;  // the line that the pop-up menu was opened on
   std::int32_t lEditAddr = 0;  // the line under the editor
+  std::int32_t lQuestion = 0;  // counts what was to be written after questions
   std::array<std::uint8_t, modALLUtility::ADDRESS_SPACE> bProtMap{};  // non-zero: protected
 };

@@ -117,7 +117,8 @@ void frmDisass::DisassEditFollowListScroll() {
   }
   const std::int32_t lLine = lstDis->SelectedIndex();
   const std::int32_t lRow = lLine - lstDis->TopIndex();
-  if (lLine < 0 || lRow < 0 || lRow >= VisibleLines()) {
+  // A line that the list's lower edge cuts is in view: the user may have opened the editor there.
+  if (lLine < 0 || lRow < 0 || lRow * ListItemTwips() >= lstDis->InnerHeight()) {
     CloseAsmEditor(true);
     return;
   }
@@ -200,17 +201,19 @@ bool frmDisass::ConfirmWrite(std::int32_t lNew, std::int32_t lCurrent, std::int3
   const std::int32_t lAddress = lEditAddr;
   const std::string sLine(tListing.Line(lstDis->SelectedIndex()));
   const std::string sTyped = txtAsm->Text();
+  const std::int32_t lThisQuestion = ++lQuestion;
   const auto fnAsk = [&](const std::string& sQuestion, std::string_view sTitle) {
     const bool bYes = ShowMessage(sQuestion,
                                   modALLUtility::MSG_YES_NO + modALLUtility::MSG_EXCLAMATION +
                                       modALLUtility::MSG_DEFAULT_BUTTON_2,
                                   sTitle) == modALLUtility::MSG_RESULT_YES;
-    // While the question was open, the editor may have been closed or moved, its line may have
-    // become another instruction, or other text may have been typed (an answer waits while another
-    // window asks, too). The answer was about what the question named, so it is void.
+    // While the question was open, the editor may have been closed or moved, or its line may have
+    // become another instruction; and where another window asked, too, this answer waited for that
+    // one's, and other text may have been typed or the question asked anew. The answer was about
+    // what the question named, so it is void.
     const std::int32_t lNow = bUnloaded ? -1 : tListing.LineStartingAt(lAddress);
     if (lNow < 0 || !EditorOpen() || lEditAddr != lAddress || tListing.Line(lNow) != sLine ||
-        txtAsm->Text() != sTyped) {
+        txtAsm->Text() != sTyped || lQuestion != lThisQuestion) {
       return false;
     }
     if (!bYes) {

@@ -154,8 +154,10 @@ std::int32_t frmDisass::GetListItemHeight() const {
 
 /// How many lines the list shows, at least 1.
 std::int32_t frmDisass::VisibleLines() const {
-  const std::int32_t lHeight = GetListItemHeight();
-  return lHeight > 0 ? std::max(lstDis->InnerHeight() / lHeight, 1) : 1;
+  const double dHeight = ListItemTwips();
+  // Half a pixel more, for both are whole pixels, which need not be whole twips.
+  const double dInner = lstDis->InnerHeight() + platform::TheToolkit().TwipsPerPixelY() / 2;
+  return dHeight > 0 ? std::max(static_cast<std::int32_t>(dInner / dHeight), 1) : 1;
 }
 
 /// Brings the listing, its tables and the list up to date after a change that is already in the

@@ -31,6 +31,9 @@ std::int32_t frmDisass::lstDis_KeyPress(std::int32_t lCharacter) {
   if (lCharacter != ENTER) {
     return lCharacter;
   }
+  if (const std::int32_t lLine = lstDis->SelectedIndex(); lLine >= 0) {
+    EnsureListIndexVisible(lLine);  // the list may have been scrolled away from it
+  }
   OpenAsmEditor();
   return 0;
 }

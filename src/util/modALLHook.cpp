@@ -8,8 +8,8 @@ namespace {
 
 std::uint32_t hActivityHook = 0;
 
-// The window most recently loaded or activated. It is kept when it closes, so that a press in
-// another window that comes before that one's activation is reported, too.
+// The window most recently loaded or activated. It is kept, hidden, when it closes, so that a press
+// in another window that comes before that one's activation is reported, too.
 std::shared_ptr<ActivityTarget> frmHookTarget;
 
 bool bInActivityCall = false;

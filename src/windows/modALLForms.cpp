@@ -184,9 +184,10 @@ bool OpenNewWindow(Window* frm, std::int32_t lDx, std::int32_t lDy) {
   if (frm == nullptr || WindowCount() == MAX_WINDOWS) {
     return false;
   }
+  std::shared_ptr<Window> frmNew;
   try {
     const platform::FormPlace tCaller = frm->WindowForm().Place();
-    const std::shared_ptr<Window> frmNew = frm->LoadNewInstance();
+    frmNew = frm->LoadNewInstance();
     frmNew->WindowForm().Show();
     // Showing lets events run; the user may have closed the window again.
     if (FindWindowSlot(frmNew.get()) >= 0) {
@@ -196,6 +197,9 @@ bool OpenNewWindow(Window* frm, std::int32_t lDx, std::int32_t lDy) {
     }
     return true;
   } catch (const std::exception&) {
+    if (FindWindowSlot(frmNew.get()) >= 0) {
+      frmNew->WindowForm().Unload();
+    }
     return false;
   }
 }

@@ -283,7 +283,7 @@ BuiltControl BuildControl(QtForm& frm, QWidget& tParent, const ControlDesign& tD
   BuiltControl tBuilt = BuildKind(frm, tParent, tDesign, tFonts);
   if (tDesign.eKind == ControlKind::Label) return tBuilt;
   tBuilt.pWidget->setAccessibleName(TextOf(tDesign.sCaption));
-  // A list's scroll bars leave the focus where it is: its lines take it themselves.
+  // A list's scroll bars leave the focus where it is: a press between them takes it.
   const bool bList = tDesign.eKind == ControlKind::ListBox;
   tBuilt.pWidget->setFocusPolicy(tDesign.iTabOrder < 0 ? Qt::ClickFocus
                                  : bList               ? Qt::TabFocus

@@ -330,10 +330,9 @@ void ListView::mousePressEvent(QMouseEvent* pEvent) {
   // The second press of a double-click selects nothing anew.
   if (pEvent->button() != Qt::LeftButton || pEvent->flags() == Qt::MouseEventCreatedDoubleClick)
     return;
-  const int lLine = LineAt(pEvent->pos().y());
-  if (lLine < Top() || lLine >= LineCount()) return;
   setFocus(Qt::MouseFocusReason);
-  SelectByUser(lLine);
+  const int lLine = LineAt(pEvent->pos().y());
+  if (lLine >= Top() && lLine < LineCount()) SelectByUser(lLine);
 }
 
 void ListView::mouseDoubleClickEvent(QMouseEvent* pEvent) {
