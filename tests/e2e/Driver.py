@@ -94,7 +94,6 @@ class WineSystem(LinuxSystem):
 
     CLIENT_AT = (4, 22)
     MENU_HEIGHT = 20
-    FIRST_LINE = 2
     MENU_LEFT = {"File": 15, "Window": 55}
     GIVES_FOCUS = False  # Wine raises it, and leaves the X server's focus to the window manager
 
