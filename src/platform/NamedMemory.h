@@ -8,8 +8,9 @@
 /// Shared memory that processes of one user find by name.
 ///
 /// A block exists as long as any process has it open, reads as zeros when new, and is gone after
-/// the last close or crash. A name is any text without character 0, compared byte for byte; an
-/// empty one is refused.
+/// the last close or crash. A name is a text without character 0, compared byte for byte; an empty
+/// one is refused. On Windows, where blocks and events share their names, so is one with a
+/// backslash that begins no name space ("Local\\").
 namespace platform {
 
 /// Opens an existing block for reading and writing.

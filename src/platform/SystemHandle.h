@@ -9,8 +9,7 @@
 /// whatever road, the system takes back. All of it is for the one user-interface thread.
 namespace platform {
 
-/// Closes a handle of any kind; 0 and numbers that name nothing open are ignored. A view of a
-/// block outlives the handle of the block.
+/// Closes a handle of any kind; 0 is ignored. A view of a block outlives the handle of the block.
 void CloseSystemHandle(std::uint32_t hObject);
 
 /// The system's code for the last call on named memory or an event that failed (GetLastError,

@@ -8,10 +8,11 @@ using win32::HandleOf;
 using win32::Noted;
 
 std::uint32_t CreateNamedEvent(const std::string& sName) {
-  if (!win32::IsObjectName(sName)) return 0;
+  const std::wstring sWide = win32::ObjectName(sName);
+  if (sWide.empty()) return 0;
   constexpr BOOL MANUAL_RESET = FALSE;
   constexpr BOOL SIGNALLED = FALSE;
-  return win32::NotedNumber(::CreateEventA(nullptr, MANUAL_RESET, SIGNALLED, sName.c_str()));
+  return win32::NotedNumber(::CreateEventW(nullptr, MANUAL_RESET, SIGNALLED, sWide.c_str()));
 }
 
 bool SetNamedEvent(std::uint32_t hEvent) {

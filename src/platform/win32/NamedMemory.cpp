@@ -4,19 +4,21 @@
 
 namespace platform {
 
-using win32::IsObjectName;
 using win32::Noted;
 using win32::NotedNumber;
+using win32::ObjectName;
 
 std::uint32_t OpenNamedMemory(const std::string& sName) {
-  if (!IsObjectName(sName)) return 0;
-  return NotedNumber(::OpenFileMappingA(FILE_MAP_WRITE, FALSE, sName.c_str()));
+  const std::wstring sWide = ObjectName(sName);
+  if (sWide.empty()) return 0;
+  return NotedNumber(::OpenFileMappingW(FILE_MAP_WRITE, FALSE, sWide.c_str()));
 }
 
 std::uint32_t CreateNamedMemory(const std::string& sName, std::uint32_t lSize) {
-  if (!IsObjectName(sName)) return 0;
+  const std::wstring sWide = ObjectName(sName);
+  if (sWide.empty()) return 0;
   return NotedNumber(
-      ::CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, lSize, sName.c_str()));
+      ::CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, lSize, sWide.c_str()));
 }
 
 std::uint8_t* MapNamedMemory(std::uint32_t hMemory) {

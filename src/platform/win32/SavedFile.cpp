@@ -19,8 +19,8 @@ bool Replace(const std::string& sPath, std::string_view sContents) {
                             std::to_string(::GetCurrentProcessId()) + '-';
   std::string sNew;
   OwnedHandle hNew;
-  for (int iTry = 0; hNew == nullptr; ++iTry) {
-    sNew = sBase + std::to_string(iTry) + ".tmp";
+  for (int lTry = 0; hNew == nullptr; ++lTry) {
+    sNew = sBase + std::to_string(lTry) + ".tmp";
     hNew = win32::Owned(::CreateFileA(sNew.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                       FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!Noted(hNew != nullptr) && LastSystemError() != ERROR_FILE_EXISTS) return false;
@@ -47,8 +47,12 @@ std::string SaveFileWhole(const std::string& sPath, std::string_view sContents) 
     return win32::ErrorText(ERROR_FILE_TOO_LARGE);
   }
   if (Replace(sPath, sContents)) return {};
-  if (bOld && LastSystemError() == ERROR_ACCESS_DENIED) {
-    const std::uint32_t hFile = OpenExclusiveFile(sPath);
+  if (bOld &&
+      (LastSystemError() == ERROR_ACCESS_DENIED || LastSystemError() == ERROR_SHARING_VIOLATION)) {
+    // Someone may be reading it.
+    const std::uint32_t hFile = win32::NotedNumber(
+        ::CreateFileA(sPath.c_str(), GENERIC_READ | GENERIC_WRITE,
+                      FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
     const bool bWritten = hFile != 0 && WriteExclusiveFile(hFile, sContents);
     CloseSystemHandle(hFile);
     if (bWritten) return {};

@@ -28,10 +28,19 @@ std::uint32_t NotedNumber(HANDLE hObject) {
   return Noted(hObject != nullptr && hObject != INVALID_HANDLE_VALUE) ? NumberOf(hObject) : 0;
 }
 
-bool IsObjectName(const std::string& sName) {
-  const bool bName = !sName.empty() && sName.find('\0') == std::string::npos;
-  if (!bName) NoteFailure(ERROR_INVALID_NAME);
-  return bName;
+std::wstring ObjectName(const std::string& sName) {
+  if (sName.empty() || sName.find('\0') != std::string::npos) {
+    NoteFailure(ERROR_INVALID_NAME);
+    return {};
+  }
+  DWORD lCodePage = CP_ACP;
+  ::GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
+                   reinterpret_cast<LPWSTR>(&lCodePage), sizeof(lCodePage) / sizeof(WCHAR));
+  const auto lLength = static_cast<int>(sName.size());
+  std::wstring sWide(sName.size(), L'\0');
+  sWide.resize(static_cast<std::size_t>(
+      ::MultiByteToWideChar(lCodePage, 0, sName.data(), lLength, sWide.data(), lLength)));
+  return sWide;
 }
 
 OwnedHandle Owned(HANDLE hObject) {

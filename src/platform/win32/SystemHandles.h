@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/SystemHandle.h"
 #include "platform/win32/WinHeaders.h"
@@ -31,10 +32,11 @@ std::uint32_t NotedNumber(HANDLE hObject);
 /// Makes a failure of this code the last one.
 void NoteFailure(DWORD lError);
 
-/// Whether Windows takes a text as the name of a mapping or an event that others can find: not
-/// empty, which would mean an object without a name, and without a character 0, which would cut it.
-/// Notes the failure.
-bool IsObjectName(const std::string& sName);
+/// The name of a mapping or an event as Windows has it. Its bytes are in the system's 8-bit code
+/// page, as the suite's other programs write and use them; this program's own is UTF-8, by its
+/// manifest. Empty, and the failure noted, for an empty name, which would mean an object without
+/// one, and for one with a character 0, which would cut it.
+std::wstring ObjectName(const std::string& sName);
 
 struct HandleCloser {
   void operator()(HANDLE hObject) const { ::CloseHandle(hObject); }

@@ -207,7 +207,7 @@ class EditWindow final : public TextBox, public ControlWindow {
   COLORREF BackColor() const { return static_cast<COLORREF>(lBackColor); }
 
   /// Has an editor's text begin exactly at its place's left edge, over the list's columns, and as
-  /// far below its top edge as the list's lines stand below theirs.
+  /// far below its top edge as the list's lines stand below theirs, which is the list's border.
   void StandOverListLines() {
     ::SendMessageA(Handle(), EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
     RECT tWindow = {};
@@ -216,7 +216,7 @@ class EditWindow final : public TextBox, public ControlWindow {
     ::SendMessageA(Handle(), EM_GETRECT, 0, reinterpret_cast<LPARAM>(&tText));
     POINT tStart = {tText.left, tText.top};
     ::ClientToScreen(Handle(), &tStart);
-    SetOutset({tStart.x - tWindow.left, tStart.y - tWindow.top - PixelsOf(LIST_TEXT_TOP)});
+    SetOutset({tStart.x - tWindow.left, tStart.y - tWindow.top - ::GetSystemMetrics(SM_CYEDGE)});
   }
 
   LONG lMaxLength;

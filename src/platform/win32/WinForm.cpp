@@ -192,8 +192,8 @@ void WinForm::SetIcon(IconKind eKind, std::uint32_t hIcon) {
 void WinForm::FocusOn(const ControlWindow& tControl) {
   if (IsUnloaded()) return;
   // In a window that is not the active one this would take the focus from the one that is, a
-  // message box of this form among them.
-  if (::GetActiveWindow() == hWnd) {
+  // message box of this form among them; a minimized one's controls cannot have it.
+  if (::GetActiveWindow() == hWnd && ::IsIconic(hWnd) == 0) {
     ::SetFocus(tControl.Handle());
   } else {
     pWanted = &tControl;

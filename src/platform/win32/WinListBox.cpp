@@ -136,7 +136,8 @@ void ListWindow::Draw(const DRAWITEMSTRUCT& tItem) const {
   ::SetBkColor(tItem.hDC, ::GetSysColor(bSelected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
   const bool bLine = lLine >= 0 && lLine < LineCount();
   DrawLine(tItem.hDC, tItem.rcItem, bLine ? pLines->Line(lLine) : std::string_view());
-  if ((tItem.itemState & ODS_FOCUS) != 0) ::DrawFocusRect(tItem.hDC, &tItem.rcItem);
+  if ((tItem.itemState & (ODS_FOCUS | ODS_NOFOCUSRECT)) == ODS_FOCUS)
+    ::DrawFocusRect(tItem.hDC, &tItem.rcItem);
 }
 
 /// Draws the visible columns of a line, which may have a hundred thousand.

@@ -79,6 +79,10 @@ void WinToolkit::Run() {
   }
 }
 
+/// Run sweeps after every message it takes; one that was sent, not posted, as by a program that
+/// closes another's windows, does not make it come back by itself.
+void WinToolkit::SweepLater() { ::PostThreadMessageW(::GetCurrentThreadId(), WM_NULL, 0, 0); }
+
 void WinToolkit::RunPendingEvents() {
   MSG tMessage = {};
   while (::PeekMessageW(&tMessage, nullptr, 0, 0, PM_REMOVE) != 0) {

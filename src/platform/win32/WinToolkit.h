@@ -33,7 +33,7 @@ class WinToolkit final : public ToolkitCore {
   Size IconSize(IconKind eKind) const override;
   std::uint32_t LoadIcon(const std::string& sPath, Size tPixels) override;
 
-  void SweepLater() override {}  // Run sweeps after every message
+  void SweepLater() override;
 
  private:
   std::shared_ptr<FormCore> NewForm(const FormDesign& tDesign,
