@@ -33,6 +33,10 @@ std::wstring ObjectName(const std::string& sName) {
     NoteFailure(ERROR_INVALID_NAME);
     return {};
   }
+  if (sName.size() > MAX_PATH) {
+    NoteFailure(ERROR_FILENAME_EXCED_RANGE);
+    return {};
+  }
   DWORD lCodePage = CP_ACP;
   ::GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
                    reinterpret_cast<LPWSTR>(&lCodePage), sizeof(lCodePage) / sizeof(WCHAR));
