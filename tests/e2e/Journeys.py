@@ -515,7 +515,7 @@ def Stress(t, dMinutes=0.25):
         Measure()
     assert atUsage[-1][0] < atUsage[0][0] + 4096 and atUsage[-1][1] <= atUsage[0][1], atUsage
     t.frm = afrm[0]
-    t.tEmulator.Memory(0, 1)
+    t.tEmulator.Memory(0, 16)  # whatever was reported has been read then
     t.Show("0000")
     t.frm.Enter(TXT_START, "0\tffff\t")
     t.ExpectListing(0, 0xFFFF)
