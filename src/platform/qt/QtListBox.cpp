@@ -117,6 +117,9 @@ ListView::ListView(QtForm& frmOwner, std::int16_t iItsControl, const QFont& tFon
   setAutoScroll(false);
   setDragEnabled(false);
   setAttribute(Qt::WA_InputMethodEnabled, false);
+  // Each line is filled as it is drawn: Qt gives one large area to threads, and then waits for
+  // them.
+  viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 ListView::~ListView() { frm.OwnToolkit().RemoveList(hWnd); }
@@ -279,14 +282,18 @@ void ListView::paintEvent(QPaintEvent* pEvent) {
                                       : hasFocus() && isActiveWindow() ? QPalette::Active
                                                                        : QPalette::Inactive;
   const auto fnColor = [&](QPalette::ColorRole eRole) { return palette().color(eGroup, eRole); };
+  const int lWidth = viewport()->width();
+  const int lEnd = TextTop() + (LineCount() - Top()) * lLineHeight;  // where the last line ends
+  tPainter.fillRect(0, 0, lWidth, TextTop(), fnColor(QPalette::Base));
+  tPainter.fillRect(0, lEnd, lWidth, std::max(0, viewport()->height() - lEnd),
+                    fnColor(QPalette::Base));
   const int lLast = std::min(LineAt(pEvent->rect().bottom()), LineCount() - 1);
   for (int lIndex = std::max(LineAt(pEvent->rect().top()), Top()); lIndex <= lLast; ++lIndex) {
     const bool bSelected = lIndex == lSelected;
-    const QRect tLine(0, TextTop() + (lIndex - Top()) * lLineHeight, viewport()->width(),
-                      lLineHeight);
+    const QRect tLine(0, TextTop() + (lIndex - Top()) * lLineHeight, lWidth, lLineHeight);
     const QColor tBack = fnColor(bSelected ? QPalette::Highlight : QPalette::Base);
     const QColor tText = fnColor(bSelected ? QPalette::HighlightedText : QPalette::Text);
-    if (bSelected) tPainter.fillRect(tLine, tBack);
+    tPainter.fillRect(tLine, tBack);
     DrawLine(tPainter, pModel->Line(lIndex), tLine.top(), tText, Mixed(tText, tBack));
   }
 }
