@@ -154,7 +154,7 @@ Step "build with sanitizers" Build sanitize
 Step "tests with sanitizers" Tests sanitize
 Step "Debian package" DebianPackage
 if InstallPackages windows && wine --version; then
-  Step "build for Windows" Build windows
+  Step "build for Windows" Build windows -DVARNEL_BENCH=ON
   Step "tests under Wine" Tests windows
   Step "Windows package" WindowsPackage
 else
