@@ -50,8 +50,7 @@ Build() {
 Tests() {
   local sPreset="$1" lStatus lTotal=0 lBad=0
   shift
-  # One more than processors, for journeys often wait.
-  ctest --preset "$sPreset" --parallel "$((lJobs + 1))" --timeout "$TEST_SECONDS" \
+  ctest --preset "$sPreset" --parallel "$lJobs" --timeout "$TEST_SECONDS" \
     --no-tests=error "$@" | tee "$sLog"
   lStatus=$?
   read -r lBad lTotal < <(sed -n 's/.*% tests passed, \([0-9]*\) tests failed out of \([0-9]*\)$/\1 \2/p' "$sLog")
