@@ -1,15 +1,6 @@
 // The real windows on Windows, timed until no message waits any more: every list has drawn itself
 // then. Prints medians in milliseconds; under Wine in the folder that WINEPREFIX names.
 
-#include <windows.h>
-// The seam has these names, too.
-#undef CallWindowProc
-#undef GetProp
-#undef LoadIcon
-#undef MessageBox
-#undef RemoveProp
-#undef SetProp
-
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
@@ -20,6 +11,7 @@
 #include "disass/frmDisass.h"
 #include "disass/frmDisassDesign.h"
 #include "platform/ToolkitFactory.h"
+#include "platform/win32/WinHeaders.h"
 
 namespace {
 
