@@ -160,8 +160,6 @@ Size FormCore::InnerSize() const { return TwipsOf(InnerPixels(), tToolkit); }
 
 void FormCore::Load() {
   Deliver([this](FormEvents& tEvents) { tEvents.Load(*this); });
-  bLoadReturned = true;
-  ReportResize();
 }
 
 void FormCore::Unload() {
@@ -178,7 +176,7 @@ void FormCore::Unload() {
 }
 
 void FormCore::ReportResize() {
-  if (!bLoadReturned || !bShown) return;
+  if (!bShown) return;
   const Size tSize = InnerPixels();
   const std::array alNow = {tSize.lWidth, tSize.lHeight, static_cast<std::int32_t>(State())};
   if (std::exchange(alReportedSize, alNow) == alNow) return;

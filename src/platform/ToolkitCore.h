@@ -116,7 +116,7 @@ class FormCore : public Form, public std::enable_shared_from_this<FormCore> {
   /// Ends the way of events for good: the window is about to be destroyed.
   void Silence() { eLife = Life::Unloaded; }
   /// Reports a resize when size or state are not what was reported last; nothing before the form
-  /// has loaded and was shown.
+  /// was shown.
   void ReportResize();
   void NoteShown() { bShown = true; }
   bool WasShown() const { return bShown; }
@@ -140,7 +140,6 @@ class FormCore : public Form, public std::enable_shared_from_this<FormCore> {
   std::string sName;
   std::map<std::int16_t, std::unique_ptr<Control>> colControl;
   Life eLife = Life::Loaded;
-  bool bLoadReturned = false;
   bool bShown = false;
   std::optional<std::array<std::int32_t, 3>> alReportedSize;  // width, height and state
 };
