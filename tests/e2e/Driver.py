@@ -199,7 +199,14 @@ class Desktop:
                         "getwindowname", "%@").split("\n")
 
     def Focused(self):
-        return self.Ask("getwindowfocus", "getwindowname")
+        """The caption of the window that has the keyboard, unless nobody's has it for a moment."""
+        return self.Ask("getwindowfocus", "getwindowname").replace("Openbox", "")
+
+    def Settle(self):
+        """Waits until the window manager has done what was to do, as giving on the keyboard is."""
+        lDesktops = int(self.Ask("get_num_desktops")) % 2 + 1
+        self.Do("set_num_desktops", lDesktops)
+        Until(lambda: self.Ask("get_num_desktops") == str(lDesktops), "the window manager")
 
     def Window(self, sCaption=CAPTION, sNot=""):
         """The window with such a caption (a pattern) but this number, once it has the keyboard."""
@@ -235,12 +242,15 @@ class Window:
     def __init__(self, tDesktop, sId):
         self.tDesktop, self.sId = tDesktop, sId
         self.lLineHeight = 14  # until measured
+        self.lMenuTop = 6      # of a point on the menu bar, in pixels
         self.lListTop = (tDesktop.tSystem.MENU_HEIGHT + LST_DIS_TOP // TWIPS +
                          tDesktop.tSystem.FIRST_LINE)
 
     def IsGone(self):
-        sVisible = self.tDesktop.Ask("search", "--onlyvisible", "--name", ".")
-        return self.sId not in sVisible.split()
+        if self.sId in self.tDesktop.Ask("search", "--onlyvisible", "--name", ".").split():
+            return False
+        self.tDesktop.Settle()
+        return True
 
     def Mouse(self, lX, lY, *asWord):
         lLeft, lTop = self.tDesktop.tSystem.CLIENT_AT
@@ -249,7 +259,7 @@ class Window:
     def Click(self, tPlace):
         """Clicks a control, by the form's design."""
         lTop = self.tDesktop.tSystem.MENU_HEIGHT + tPlace[1] // TWIPS
-        self.Mouse(tPlace[0] // TWIPS, lTop, "click", 1)
+        self.Mouse(tPlace[0] // TWIPS, lTop, "mousedown", 1, "sleep", 0.1, "mouseup", 1)
 
     def Enter(self, tField, sText=""):
         """Types over what stands in a field."""
@@ -265,7 +275,9 @@ class Window:
             return [self.tDesktop.Pixel(lX + lLeft + lAt % 40, lY + 30 + lAt // 40)
                     for lAt in range(400)]
         aClosed = BelowTitle()
-        self.Mouse(lLeft, 10, "click", 1)
+        # At another point than before: clicks on one within half a second are a double-click.
+        self.lMenuTop = 19 - self.lMenuTop
+        self.Mouse(lLeft, self.lMenuTop, "click", 1)
         Until(lambda: BelowTitle() != aClosed, "the menu to open")
         self.tDesktop.Keys(*["Down"] * lItem, "Return")
 
