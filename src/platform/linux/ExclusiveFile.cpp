@@ -74,11 +74,8 @@ class ExclusiveFile final : public SystemObject {
   // meanwhile; its text must stand.
   bool TakeOver(const FileDescriptor& tNew, const std::string& sTarget) const {
     const auto tOld = tFile.Status();
-    const auto tOwn = tNew.Status();
-    if (!tOld || !tOwn) return false;
-    const bool bSameOwner = tOwn->st_uid == tOld->st_uid && tOwn->st_gid == tOld->st_gid;
-    if ((!bSameOwner && ::fchown(tNew.Get(), tOld->st_uid, tOld->st_gid) != 0) ||
-        ::fchmod(tNew.Get(), tOld->st_mode & 07777U) != 0 || ::fsync(tNew.Get()) != 0) {
+    if (!tOld || !tNew.TakeOwner(*tOld) || ::fchmod(tNew.Get(), tOld->st_mode & 07777U) != 0 ||
+        ::fsync(tNew.Get()) != 0) {
       return false;
     }
     errno = ESTALE;

@@ -96,6 +96,12 @@ bool FileDescriptor::WriteInPlace(std::string_view sText) const {
          ::ftruncate(hDescriptor, lSize) == 0;
 }
 
+bool FileDescriptor::TakeOwner(const struct stat& tOld) const {
+  const auto tOwn = Status();
+  return tOwn && ((tOwn->st_uid == tOld.st_uid && tOwn->st_gid == tOld.st_gid) ||
+                  ::fchown(hDescriptor, tOld.st_uid, tOld.st_gid) == 0);
+}
+
 bool FileDescriptor::Lock(int lCommand, short iType, off_t lFirst, off_t lBytes) const {
   struct flock tRange = ByteRange(iType, lFirst, lBytes);
   return Uninterrupted([&] { return ::fcntl(hDescriptor, lCommand, &tRange); }) == 0;

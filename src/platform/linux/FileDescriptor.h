@@ -37,6 +37,9 @@ class FileDescriptor {
   /// full disk leaves the old contents; a crash in the middle does not.
   bool WriteInPlace(std::string_view sText) const;
 
+  /// Gives the file the owner and group of another one; false when this user may not.
+  bool TakeOwner(const struct stat& tOld) const;
+
   /// An open-file-description lock (fcntl(2)): it belongs to this opening, not to the process, and
   /// goes with it.
   /// @param lCommand  F_OFD_SETLK, or F_OFD_SETLKW to wait

@@ -20,13 +20,17 @@ mode_t ModeOfNewFiles() {
   return 0666U & ~lMask;
 }
 
-// Writes the contents beside the target and gives the new file the target's name.
-bool Replace(const std::string& sTarget, mode_t lMode, std::string_view sContents) {
+// Writes the contents beside the target and gives the new file the target's name, and what says who
+// may use the old one, if there is one.
+bool Replace(const std::string& sTarget, const struct stat* tOld, std::string_view sContents) {
   std::string sNew = sTarget.substr(0, sTarget.rfind('/') + 1) + ".varnel-XXXXXX";
   const FileDescriptor tNew(::mkostemp(sNew.data(), O_CLOEXEC));
   if (!tNew.IsOpen()) return false;
-  static_cast<void>(::fchmod(tNew.Get(), lMode));  // not every file system keeps modes
-  if (tNew.WriteAll(sContents) && ::fsync(tNew.Get()) == 0 &&
+  const bool bOwned = tOld == nullptr || tNew.TakeOwner(*tOld);
+  // Not every file system keeps modes.
+  static_cast<void>(
+      ::fchmod(tNew.Get(), tOld != nullptr ? tOld->st_mode & 0777U : ModeOfNewFiles()));
+  if (bOwned && tNew.WriteAll(sContents) && ::fsync(tNew.Get()) == 0 &&
       ::rename(sNew.c_str(), sTarget.c_str()) == 0) {
     return true;
   }
@@ -44,9 +48,11 @@ std::string SaveFileWhole(const std::string& sPath, std::string_view sContents) 
   const bool bOld = ::stat(sTarget.c_str(), &tOld) == 0;
   if (bOld && !S_ISREG(tOld.st_mode)) return "Not a plain file";
   if (bOld && ::access(sTarget.c_str(), W_OK) != 0) return std::strerror(errno);
-  if (Replace(sTarget, bOld ? tOld.st_mode & 0777U : ModeOfNewFiles(), sContents)) return {};
+  if (Replace(sTarget, bOld ? &tOld : nullptr, sContents)) return {};
   if (bOld && MayBeWrittenInPlace()) {
-    const FileDescriptor tFile = OpenFile(sTarget, O_WRONLY);
+    // Making room reads the file where its file system has no call for that.
+    const bool bReadable = ::access(sTarget.c_str(), R_OK) == 0;
+    const FileDescriptor tFile = OpenFile(sTarget, bReadable ? O_RDWR : O_WRONLY);
     if (tFile.IsOpen() && tFile.WriteInPlace(sContents)) return {};
   }
   return std::strerror(errno);
