@@ -85,6 +85,12 @@ std::optional<std::int32_t> ProcessStatus(std::uint32_t hProcess) {
 }
 
 std::optional<std::string> ReadStandardInput(std::uint32_t lMilliseconds) {
+  // A program in the background of a terminal is stopped when it reads what is typed to others.
+  const pid_t hForeground = tcgetpgrp(STDIN_FILENO);
+  if (hForeground != -1 && hForeground != getpgrp()) {
+    poll(nullptr, 0, static_cast<int>(lMilliseconds));
+    return "";
+  }
   struct pollfd tInput = {STDIN_FILENO, POLLIN, 0};
   if (poll(&tInput, 1, static_cast<int>(lMilliseconds)) <= 0) return "";
   std::array<char, 4096> abBuffer{};
