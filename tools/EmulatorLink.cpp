@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
+#include <cstdio>
 #include <string_view>
 
 #include "config/modALLProcessError.h"
@@ -23,10 +23,7 @@ using namespace modALLSharedMap;
 
 constexpr std::int32_t ICON_NUMBER = 1;
 
-bool RemoveFile(const std::string& sPath) {
-  std::error_code tIgnored;
-  return std::filesystem::remove(sPath, tIgnored);
-}
+bool RemoveFile(const std::string& sPath) { return std::remove(sPath.c_str()) == 0; }
 
 // A stand-in that starts again finds the objects that companions still hold, and two that have
 // folders of their own never meet: the names come from the folder's path (FNV-1a, 64 bits).

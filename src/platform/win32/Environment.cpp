@@ -8,13 +8,21 @@ namespace {
 
 /// An environment variable's value. A missing one gives an empty text: the suite's folder then
 /// lies at the root of the current drive, where all programs of the suite look for it.
-std::string EnvironmentVariable(const char* sName) {
-  std::string sValue;
-  for (DWORD lNeeded = ::GetEnvironmentVariableA(sName, nullptr, 0); lNeeded > sValue.size();) {
-    sValue.resize(lNeeded);
-    lNeeded = ::GetEnvironmentVariableA(sName, sValue.data(), lNeeded);
-    if (lNeeded < sValue.size()) sValue.resize(lNeeded);
+std::string EnvironmentVariable(const wchar_t* sName) {
+  std::wstring sWide;
+  for (DWORD lNeeded = ::GetEnvironmentVariableW(sName, nullptr, 0); lNeeded > sWide.size();) {
+    sWide.resize(lNeeded);
+    lNeeded = ::GetEnvironmentVariableW(sName, sWide.data(), lNeeded);
+    if (lNeeded < sWide.size()) sWide.resize(lNeeded);
   }
+  // In the program's code page by a call of its own: Wine 8 cuts what GetEnvironmentVariableA gives
+  // where that is UTF-8.
+  const auto lLength = static_cast<int>(sWide.size());
+  const auto fnConvert = [&](char* pTo, int lRoom) {
+    return ::WideCharToMultiByte(CP_ACP, 0, sWide.data(), lLength, pTo, lRoom, nullptr, nullptr);
+  };
+  std::string sValue(static_cast<std::size_t>(fnConvert(nullptr, 0)), '\0');
+  fnConvert(sValue.data(), static_cast<int>(sValue.size()));
   return sValue;
 }
 
@@ -22,9 +30,9 @@ std::string EnvironmentVariable(const char* sName) {
 
 const char PATH_SEPARATOR = '\\';
 
-std::optional<std::string> UserDataFolder() { return EnvironmentVariable("LOCALAPPDATA"); }
+std::optional<std::string> UserDataFolder() { return EnvironmentVariable(L"LOCALAPPDATA"); }
 
-std::optional<std::string> UserTempFolder() { return EnvironmentVariable("TEMP"); }
+std::optional<std::string> UserTempFolder() { return EnvironmentVariable(L"TEMP"); }
 
 bool PathExists(const std::string& sPath) {
   return ::GetFileAttributesA(sPath.c_str()) != INVALID_FILE_ATTRIBUTES;
