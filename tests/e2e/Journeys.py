@@ -85,7 +85,7 @@ class Journey:
 
     def Show(self, sAddress):
         self.tEmulator.Do("show " + sAddress, "showing " + sAddress)
-        time.sleep(0.3)  # a window looks every 100 ms, and a listing takes far less
+        time.sleep(1)  # a window looks every 100 ms, and a listing takes far less
 
     def MeasureLines(self, lFirst):
         """Learns how high a line is, of a listing that stands at its first line."""
@@ -147,6 +147,11 @@ def Range(t):
             t.tDesktop.Do("click", 3)
             t.tDesktop.Keys("p", "Tab")
         t.ExpectListing(0xF010, 0xF010)
+    # The press that leaves a field also counts for what it is on.
+    t.frm.Enter(TXT_START, "8000\t8100")
+    t.frm.Click(CHK_LONG)
+    t.frm.Line(0, "click", "--repeat", 2, 1)
+    t.Edit("ld bc,1234", "8000: 01 34 12")
     t.End()
 
 
@@ -515,6 +520,7 @@ def Stress(t, dMinutes=0.25):
         Measure()
     assert atUsage[-1][0] < atUsage[0][0] + 4096 and atUsage[-1][1] <= atUsage[0][1], atUsage
     t.frm = afrm[0]
+    t.frm.Listing()  # behind all that was typed and clicked
     t.tEmulator.Memory(0, 16)  # whatever was reported has been read then
     t.Show("0000")
     t.frm.Enter(TXT_START, "0\tffff\t")

@@ -77,9 +77,12 @@ class ControlEvents final : public QObject {
   bool eventFilter(QObject* pWatched, QEvent* pEvent) override {
     switch (pEvent->type()) {
       case QEvent::FocusIn:
-      case QEvent::FocusOut:
         ReportFocus(static_cast<QFocusEvent&>(*pEvent));
         return false;
+      case QEvent::FocusOut:
+        ReportFocus(static_cast<QFocusEvent&>(*pEvent));
+        return IsHeldDown(pWatched) &&
+               static_cast<QFocusEvent&>(*pEvent).reason() == Qt::OtherFocusReason;
       case QEvent::KeyPress:
         return FilterKey(pWatched, static_cast<QKeyEvent&>(*pEvent));
       case QEvent::InputMethod:
@@ -90,6 +93,13 @@ class ControlEvents final : public QObject {
   }
 
  private:
+  /// Whether it is a check box under the user's finger. The press that ends an address field's edit
+  /// lists the range, and that moves the focus to the list: Qt would forget the press then.
+  static bool IsHeldDown(QObject* pWatched) {
+    const auto* chk = dynamic_cast<QCheckBox*>(pWatched);
+    return chk != nullptr && chk->isDown();
+  }
+
   /// A focus that goes to another window, a menu or a pop-up and comes back is no event; but while
   /// it is away, as in a message box, the program may give it to another control. Nor is one that
   /// the program took away.

@@ -161,6 +161,18 @@ class CheckBoxWindow final : public CheckBox, public ControlWindow {
   void Notified(WORD iCode) override {
     if (iCode == BN_CLICKED) Report(&FormEvents::Click);
   }
+
+ protected:
+  /// The press that ends an address field's edit lists the range, and that moves the focus to the
+  /// list. The button would forget the press then; so it hears of the focus when it is released.
+  LRESULT OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) override {
+    const bool bToSibling = ::GetParent(reinterpret_cast<HWND>(wParam)) == ::GetParent(Handle());
+    if (uMsg == WM_KILLFOCUS && ::GetCapture() == Handle() && bToSibling) return 0;
+    const LRESULT lResult = ControlWindow::OnMessage(uMsg, wParam, lParam);
+    if (uMsg == WM_LBUTTONUP && ::GetFocus() != Handle())
+      ControlWindow::OnMessage(WM_KILLFOCUS, 0, 0);
+    return lResult;
+  }
 };
 
 class EditWindow final : public TextBox, public ControlWindow {
