@@ -298,8 +298,8 @@ void QtForm::changeEvent(QEvent* pEvent) {
 }
 
 void QtForm::closeEvent(QCloseEvent* pEvent) {
-  pEvent->ignore();  // the form hides itself once it has unloaded
   Unload();
+  pEvent->accept();  // a session that ends would ask no further form otherwise
 }
 
 void QtForm::moveEvent(QMoveEvent* pEvent) {

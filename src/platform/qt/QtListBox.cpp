@@ -154,7 +154,7 @@ void ListView::LinesReplaced(int lFirst, int lRemoved, int lInserted) {
   updateGeometries();
   SetTop(lNewTop);
   if (lNewSelected != lSelected) SetSelected(lNewSelected);
-  UpdateLines(lFirst, lInserted == lRemoved ? lInserted : LineCount());
+  UpdateLines(lFirst, lInserted == lRemoved ? lInserted : LineCount() + lRemoved);
 }
 
 void ListView::UpdateLongest(int lFirst, int lInserted) {

@@ -33,17 +33,19 @@ std::wstring ObjectName(const std::string& sName) {
     NoteFailure(ERROR_INVALID_NAME);
     return {};
   }
-  if (sName.size() > MAX_PATH) {
-    NoteFailure(ERROR_FILENAME_EXCED_RANGE);
-    return {};
-  }
   DWORD lCodePage = CP_ACP;
   ::GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
                    reinterpret_cast<LPWSTR>(&lCodePage), sizeof(lCodePage) / sizeof(WCHAR));
   const auto lLength = static_cast<int>(sName.size());
   std::wstring sWide(sName.size(), L'\0');
-  sWide.resize(static_cast<std::size_t>(
-      ::MultiByteToWideChar(lCodePage, 0, sName.data(), lLength, sWide.data(), lLength)));
+  const int lWide =
+      ::MultiByteToWideChar(lCodePage, 0, sName.data(), lLength, sWide.data(), lLength);
+  if (!Noted(lWide > 0)) return {};
+  if (lWide > MAX_PATH) {
+    NoteFailure(ERROR_FILENAME_EXCED_RANGE);
+    return {};
+  }
+  sWide.resize(static_cast<std::size_t>(lWide));
   return sWide;
 }
 

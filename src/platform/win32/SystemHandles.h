@@ -35,8 +35,8 @@ void NoteFailure(DWORD lError);
 /// The name of a mapping or an event as Windows has it. Its bytes are in the system's 8-bit code
 /// page, as the suite's other programs write and use them; this program's own is UTF-8, by its
 /// manifest. Empty, and the failure noted, for an empty name, which would mean an object without
-/// one, for one with a character 0, which would cut it, and for one of more than MAX_PATH bytes,
-/// which is as far as the documentation of CreateFileMapping goes.
+/// one, for one with a character 0, which would cut it, and for one of more than MAX_PATH
+/// characters, which is as far as the documentation of CreateEvent goes.
 std::wstring ObjectName(const std::string& sName);
 
 struct HandleCloser {

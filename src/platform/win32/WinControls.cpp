@@ -184,7 +184,7 @@ class EditWindow final : public TextBox, public ControlWindow {
     if (lMaxLength > 0)
       ::SendMessageA(Handle(), EM_SETLIMITTEXT, static_cast<WPARAM>(lMaxLength), 0);
     if (lBackColor >= 0) hBackground.reset(::CreateSolidBrush(BackColor()));
-    if (tDesign.bListingFont) StandOverListLines();
+    if (tDesign.bListingFont) StandOverListLines(hFont);
   }
 
   std::string Text() const override {
@@ -220,7 +220,11 @@ class EditWindow final : public TextBox, public ControlWindow {
 
   /// Has an editor's text begin exactly at its place's left edge, over the list's columns, and as
   /// far below its top edge as the list's lines stand below theirs, which is the list's border.
-  void StandOverListLines() {
+  void StandOverListLines(HFONT hFont) {
+    // Only where it is as high as a line and its frame does the text stand below the frame.
+    const LONG lHeight = 2 * MeasuringSurface(hFont).Metrics().tmHeight;
+    ::SetWindowPos(Handle(), nullptr, 0, 0, lHeight, lHeight,
+                   SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     ::SendMessageA(Handle(), EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
     RECT tWindow = {};
     RECT tText = {};

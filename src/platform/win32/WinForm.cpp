@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <stdexcept>
 #include <utility>
 
 #include "platform/win32/Resources.h"
@@ -73,6 +74,7 @@ WinForm::WinForm(WinToolkit& tItsToolkit, const FormDesign& tDesign,
   ::CreateWindowExW(0, WINDOW_CLASS, WideOf(tDesign.sCaption).c_str(), WINDOW_STYLE, CW_USEDEFAULT,
                     CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, nullptr, tMenus.Bar(),
                     ::GetModuleHandleW(nullptr), this);
+  if (hWnd == nullptr) throw std::runtime_error("Windows has no room for another window");
   std::map<std::int16_t, ControlWindow*> colTab;
   for (const ControlDesign& tControl : tDesign.atControl) {
     auto pControl = BuildControl(*this, tControl, hFont.get(), hListingFont.get());
@@ -173,6 +175,7 @@ double WinForm::TextHeight(std::string_view sText) const {
 
 void WinForm::SetTimerEnabled(bool bEnabled) {
   if (IsUnloaded()) return;
+  bTimerEnabled = bEnabled;
   if (bEnabled) {
     ::SetTimer(hWnd, TIMER, lTimerInterval, nullptr);
   } else {
@@ -280,20 +283,15 @@ void WinForm::ShowPopupMenu(std::int16_t iMenu) {
 FileDialogResult WinForm::ShowFileDialog(const FileDialogRequest& tRequest) {
   if (IsUnloaded()) return {};
   const auto pKeep = shared_from_this();
-  const bool bBefore = std::exchange(bFileDialogOpen, true);
   FileDialogResult tResult = RunFileDialog(hWnd, tRequest);
-  bFileDialogOpen = bBefore;
   return IsUnloaded() ? FileDialogResult() : tResult;
 }
 
-/// Has all that is modal to this form come back.
+/// Has all that is modal to this form come back, answered as by a button: a question has a No.
 void WinForm::CloseDialogs() {
   for (const HWND hDialog : DialogsOf(hWnd)) {
-    if (bFileDialogOpen) {
-      ::PostMessageW(hDialog, WM_COMMAND, IDCANCEL, 0);
-    } else {
-      ::EndDialog(hDialog, IDCANCEL);
-    }
+    const bool bQuestion = ::GetDlgItem(hDialog, IDNO) != nullptr;
+    ::PostMessageW(hDialog, WM_COMMAND, bQuestion ? IDNO : IDCANCEL, 0);
   }
   GUITHREADINFO tThread = {};
   tThread.cbSize = sizeof(tThread);
@@ -344,7 +342,7 @@ LRESULT WinForm::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
       ReportResize();
       return 0;
     case WM_TIMER:
-      Deliver([](FormEvents& tEvents) { tEvents.Timer(); });
+      if (bTimerEnabled) Deliver([](FormEvents& tEvents) { tEvents.Timer(); });
       return 0;
     case WM_COMMAND:
       OnCommand(wParam, lParam);

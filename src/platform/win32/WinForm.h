@@ -87,7 +87,7 @@ class WinForm final : public FormCore {
   WindowState eFirstState = WindowState::Normal;  // until the form is shown
   bool bHourglass = false;
   bool bPassingWheel = false;
-  bool bFileDialogOpen = false;
+  bool bTimerEnabled = false;  // what the timer posted before it was stopped still comes
   std::array<OwnedIcon, 2> ahIcon;
 };
 

@@ -116,8 +116,14 @@ std::int32_t ListWindow::InnerHeight() const {
 std::int32_t ListWindow::ItemHeightPixels() const { return Ask(LB_GETITEMHEIGHT); }
 
 std::uint32_t ListWindow::ItemFromPoint(std::int32_t lXPixels, std::int32_t lYPixels) const {
-  return static_cast<std::uint32_t>(
+  const auto lFound = static_cast<std::uint32_t>(
       ::SendMessageA(Handle(), LB_ITEMFROMPOINT, 0, MAKELPARAM(lXPixels, lYPixels)));
+  // Wine says of the room below the last line that it is outside; the documentation says that the
+  // nearest line is meant there.
+  RECT tItem = {};
+  const bool bItem = ::SendMessageA(Handle(), LB_GETITEMRECT, LOWORD(lFound),
+                                    reinterpret_cast<LPARAM>(&tItem)) != LB_ERR;
+  return bItem && lYPixels < tItem.bottom ? lFound : lFound | 0x10000U;
 }
 
 double ListWindow::TextWidth(std::string_view sText) const {
@@ -131,13 +137,14 @@ std::uint32_t ListWindow::WindowHandle() const { return NumberOf(Handle()); }
 void ListWindow::Draw(const DRAWITEMSTRUCT& tItem) const {
   const auto lLine = static_cast<std::int32_t>(tItem.itemID);  // -1: an empty list with the focus
   const bool bSelected = (tItem.itemState & ODS_SELECTED) != 0;
-  ::SelectObject(tItem.hDC, hFont);
+  const HGDIOBJ hBefore = ::SelectObject(tItem.hDC, hFont);
   ::SetTextColor(tItem.hDC, ::GetSysColor(bSelected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
   ::SetBkColor(tItem.hDC, ::GetSysColor(bSelected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
   const bool bLine = lLine >= 0 && lLine < LineCount();
   DrawLine(tItem.hDC, tItem.rcItem, bLine ? pLines->Line(lLine) : std::string_view());
   if ((tItem.itemState & (ODS_FOCUS | ODS_NOFOCUSRECT)) == ODS_FOCUS)
     ::DrawFocusRect(tItem.hDC, &tItem.rcItem);
+  ::SelectObject(tItem.hDC, hBefore);
 }
 
 /// Draws the visible columns of a line, which may have a hundred thousand.

@@ -34,24 +34,24 @@ LONG FontHeight(double dPoints) {
   return -std::lround(dPoints * PixelsPerInch() / POINTS_PER_INCH);
 }
 
-LOGFONTA FontOfFace(const std::string& sFace) {
-  LOGFONTA tFont = {};
+LOGFONTW FontOfFace(std::string_view sFace) {
+  LOGFONTW tFont = {};
   tFont.lfCharSet = DEFAULT_CHARSET;
-  ::lstrcpynA(static_cast<char*>(tFont.lfFaceName), sFace.c_str(), LF_FACESIZE);
+  ::lstrcpynW(static_cast<wchar_t*>(tFont.lfFaceName), WideOf(sFace).c_str(), LF_FACESIZE);
   return tFont;
 }
 
-int CALLBACK NoteFace(const LOGFONTA* /*pFont*/, const TEXTMETRICA* /*pMetrics*/, DWORD /*lKind*/,
+int CALLBACK NoteFace(const LOGFONTW* /*pFont*/, const TEXTMETRICW* /*pMetrics*/, DWORD /*lKind*/,
                       LPARAM pFound) {
   *reinterpret_cast<bool*>(pFound) = true;
   return 0;
 }
 
-bool IsInstalled(const std::string& sFace) {
-  LOGFONTA tFont = FontOfFace(sFace);
+bool IsInstalled(std::string_view sFace) {
+  LOGFONTW tFont = FontOfFace(sFace);
   bool bFound = false;
   const HDC hScreen = ::GetDC(nullptr);
-  ::EnumFontFamiliesExA(hScreen, &tFont, NoteFace, reinterpret_cast<LPARAM>(&bFound), 0);
+  ::EnumFontFamiliesExW(hScreen, &tFont, NoteFace, reinterpret_cast<LPARAM>(&bFound), 0);
   ::ReleaseDC(nullptr, hScreen);
   return bFound;
 }
@@ -81,7 +81,7 @@ bool CaptionsFit(const FormDesign& tDesign, HFONT hFont) {
 std::string ListingFace(std::string_view sWanted) {
   constexpr std::array<const char*, 3> asStandIn = {"Lucida Console", "DejaVu Sans Mono",
                                                     "Liberation Mono"};
-  if (IsInstalled(std::string(sWanted))) return std::string(sWanted);
+  if (IsInstalled(sWanted)) return std::string(sWanted);
   const auto* const pFound = std::ranges::find_if(asStandIn, IsInstalled);
   return pFound != asStandIn.end() ? *pFound : "Courier New";
 }
@@ -128,38 +128,38 @@ TEXTMETRICA MeasuringSurface::Metrics() const {
 }
 
 OwnedFont FormFont(const FormDesign& tDesign) {
-  NONCLIENTMETRICSA tMetrics = {};
+  NONCLIENTMETRICSW tMetrics = {};
   tMetrics.cbSize = sizeof(tMetrics);
-  ::SystemParametersInfoA(SPI_GETNONCLIENTMETRICS, sizeof(tMetrics), &tMetrics, 0);
-  LOGFONTA tDialog = FontOfFace(DIALOG_FONT);
+  ::SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(tMetrics), &tMetrics, 0);
+  LOGFONTW tDialog = FontOfFace(DIALOG_FONT);
   const LONG lFullHeight = FontHeight(FORM_POINTS);
   for (LONG lHeight = lFullHeight; lHeight <= SMALLEST_FORM_PART * lFullHeight; ++lHeight) {
-    for (LOGFONTA tFont : {tMetrics.lfMessageFont, tDialog}) {
+    for (LOGFONTW tFont : {tMetrics.lfMessageFont, tDialog}) {
       tFont.lfHeight = lHeight;
-      OwnedFont hFont(::CreateFontIndirectA(&tFont));
+      OwnedFont hFont(::CreateFontIndirectW(&tFont));
       if (CaptionsFit(tDesign, hFont.get())) return hFont;
     }
   }
   tDialog.lfHeight = lFullHeight;
-  OwnedFont hFont(::CreateFontIndirectA(&tDialog));
+  OwnedFont hFont(::CreateFontIndirectW(&tDialog));
   tDialog.lfWidth = MeasuringSurface(hFont.get()).Metrics().tmAveCharWidth;
   while (!CaptionsFit(tDesign, hFont.get()) && --tDialog.lfWidth > 0)
-    hFont.reset(::CreateFontIndirectA(&tDialog));
+    hFont.reset(::CreateFontIndirectW(&tDialog));
   return hFont;
 }
 
 OwnedFont ListingFont(const FormDesign& tDesign) {
   const int lRoom = PixelsOf(tDesign.lListingWidth) - PixelsOf(LIST_TEXT_LEFT) -
                     ::GetSystemMetrics(SM_CXEDGE) - ::GetSystemMetrics(SM_CXVSCROLL);
-  LOGFONTA tFont = FontOfFace(ListingFace(tDesign.sListingFont));
+  LOGFONTW tFont = FontOfFace(ListingFace(tDesign.sListingFont));
   tFont.lfWeight = FW_BOLD;
   tFont.lfPitchAndFamily = FIXED_PITCH | FF_MODERN;
   tFont.lfHeight = FontHeight(tDesign.dListingPoints);
-  OwnedFont hFont(::CreateFontIndirectA(&tFont));
+  OwnedFont hFont(::CreateFontIndirectW(&tFont));
   while (ColumnWidth(hFont.get()) * tDesign.iListingColumns > lRoom &&
          tFont.lfHeight < FontHeight(SMALLEST_LISTING_POINTS)) {
     ++tFont.lfHeight;
-    hFont.reset(::CreateFontIndirectA(&tFont));
+    hFont.reset(::CreateFontIndirectW(&tFont));
   }
   return hFont;
 }
