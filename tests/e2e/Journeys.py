@@ -150,6 +150,7 @@ def Range(t):
     # The press that leaves a field also counts for what it is on.
     t.frm.Enter(TXT_START, "8000\t8100")
     t.frm.Click(CHK_LONG)
+    t.ExpectListing(0x8000, 0x8100)
     t.frm.Line(0, "click", "--repeat", 2, 1)
     t.Edit("ld bc,1234", "8000: 01 34 12")
     t.End()
