@@ -23,6 +23,16 @@ TEST_F(WindowTest, BreakpointsAreSetWhereTheMenuWasOpened) {
   fnClick(1);
   EXPECT_TRUE(alControl[3] == 0xC003 && platform::WaitNamedEvent(hBreakpoint));
   EXPECT_EQ(Selected(frm) + ' ' + to_string(alControl[0]), "C003 12");
+  // With the editor open a click on a line moves it there, and beside the lines does nothing.
+  frm.Key(ENTER);
+  frm.Type("x");
+  for (const auto& [lRow, sEditor] : {std::pair(7, "C003 X"), {0, "C000 LD HL,1234"}}) {
+    fnClick(lRow);
+    EXPECT_EQ(Editor(frm), sEditor);
+  }
+  lst.SetSelectedIndex(2);
+  EXPECT_EQ(Editor(frm), "C004 NOP");
+  frm.Key(ESC);
   // The line under the menu is not the selected one any more; none is; the window is closed.
   for (const auto& fnMeanwhile : {Action([&] { RequestShow(0xC004), frm.Tick(), fnSet(); }),
                                   Action([&] { lst.lSelected = -1, fnSet(), frm.Key(ENTER); }),
@@ -31,20 +41,6 @@ TEST_F(WindowTest, BreakpointsAreSetWhereTheMenuWasOpened) {
     fnClick(0);
     EXPECT_FALSE(platform::WaitNamedEvent(hBreakpoint) || frm.colControl.at(TXT_ASM).bVisible);
   }
-}
-
-TEST_F(WindowTest, OpenEditorMovesWithTheMouse) {
-  Put(0xC000, "21 34 12 C9");
-  Form& frm = Open();
-  List(frm, "C000", "C008");
-  frm.Key(ENTER);
-  frm.Type("x");
-  for (const auto& [lRow, sEditor] : {std::pair(7, "C000 X"), {1, "C003 RET"}}) {
-    frm.Click(LST_DIS, 2, 100, 15 * (15.0 * lRow + 7));
-    EXPECT_EQ(Editor(frm), sEditor);
-  }
-  frm.ControlOf(LST_DIS).SetSelectedIndex(2);
-  EXPECT_EQ(Editor(frm), "C004 NOP");
 }
 
 TEST_F(WindowTest, SavesTheListing) {
