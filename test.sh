@@ -135,8 +135,11 @@ Tidied() {
   return 1
 }
 
+# Fuzz TARGET OPTION... - runs a fuzzer for a short time.
 Fuzz() {
-  "build/fuzz/fuzz/$1" -max_total_time="$FUZZ_SECONDS" -print_final_stats=1 \
+  local sTarget="$1"
+  shift
+  "build/fuzz/fuzz/$sTarget" "$@" -max_total_time="$FUZZ_SECONDS" -print_final_stats=1 \
     -artifact_prefix=build/fuzz/ 2>"$sLog" || {
     tail -n 50 "$sLog"
     return 1
@@ -162,9 +165,9 @@ else
   Step "Windows programs: NOT RUN, since packages are missing" false
 fi
 Step "build of the fuzzers" Build fuzz
-for sTarget in FuzzDecoder FuzzAssembler FuzzRoundTrip; do
-  Step "$sTarget" Fuzz "$sTarget"
-done
+Step "FuzzDecoder" Fuzz FuzzDecoder
+Step "FuzzAssembler" Fuzz FuzzAssembler -max_len=128 -dict=fuzz/FuzzAssembler.dict
+Step "FuzzRoundTrip" Fuzz FuzzRoundTrip
 Step "clang-tidy" Tidied dev
 Tidy fuzz fuzz &
 lTidy=$!

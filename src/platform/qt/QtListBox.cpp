@@ -171,8 +171,9 @@ void ListView::SetSelected(int lIndex) {
 }
 
 void ListView::UpdateLines(int lFirst, int lCount) {
-  viewport()->update(0, TextTop() + (lFirst - Top()) * lLineHeight, viewport()->width(),
-                     lCount * lLineHeight);
+  // Accents may reach into the line above: the lines beside these are drawn anew with them.
+  viewport()->update(0, TextTop() + (lFirst - 1 - Top()) * lLineHeight, viewport()->width(),
+                     (lCount + 2) * lLineHeight);
 }
 
 void ListView::Select(int lIndex) {
@@ -287,8 +288,8 @@ void ListView::paintEvent(QPaintEvent* pEvent) {
   tPainter.fillRect(0, 0, lWidth, TextTop(), fnColor(QPalette::Base));
   tPainter.fillRect(0, lEnd, lWidth, std::max(0, viewport()->height() - lEnd),
                     fnColor(QPalette::Base));
-  const int lLast = std::min(LineAt(pEvent->rect().bottom()), LineCount() - 1);
-  for (int lIndex = std::max(LineAt(pEvent->rect().top()), Top()); lIndex <= lLast; ++lIndex) {
+  const int lLast = std::min(LineAt(pEvent->rect().bottom()) + 1, LineCount() - 1);
+  for (int lIndex = std::max(LineAt(pEvent->rect().top()) - 1, Top()); lIndex <= lLast; ++lIndex) {
     const bool bSelected = lIndex == lSelected;
     const QRect tLine(0, TextTop() + (lIndex - Top()) * lLineHeight, lWidth, lLineHeight);
     const QColor tBack = fnColor(bSelected ? QPalette::Highlight : QPalette::Base);

@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QListView>
+#include <QPushButton>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 
@@ -18,7 +20,10 @@ class WindowOnQt : public RandomTyping {
   }
 
  protected:
-  static void SetUpTestSuite() { pRealToolkit = &platform::TheToolkit(); }
+  static void SetUpTestSuite() {
+    pRealToolkit = &platform::TheToolkit();
+    QApplication::setCursorFlashTime(0);
+  }
   WindowOnQt() { platform::SetToolkit(*pRealToolkit); }
 
   static QWidget& Widget(frmDisass& frm) { return dynamic_cast<QWidget&>(frm.WindowForm()); }
@@ -60,6 +65,17 @@ class WindowOnQt : public RandomTyping {
         lst.viewport()->mapFrom(&Widget(frm), txt.geometry().center() + txt.parentWidget()->pos());
     EXPECT_TRUE(!txt.isVisible() || std::abs(tMiddle.y() - tLine.center().y()) <= 2);
   }
+  /// Nothing that stood in the list before is left on the screen.
+  void ExpectDrawn(frmDisass& frm) {
+    auto& lst = Child<QListView>(frm, "lstDis");
+    const auto fnSeen = [&] {
+      QTest::qWait(10);
+      return lst.screen()->grabWindow(Widget(frm).winId()).toImage();
+    };
+    const QImage tSeen = fnSeen();
+    lst.viewport()->update();
+    EXPECT_EQ(fnSeen(), tSeen);
+  }
 
   inline static platform::Toolkit* pRealToolkit = nullptr;
   std::vector<std::shared_ptr<frmDisass>> afrm;
@@ -69,7 +85,7 @@ TEST_F(WindowOnQt, RandomTypingKeepsListingAndViewInStep) {
   constexpr int EDITS = 250;
   OpenOver("8000", "8030");
   OpenOver("8011", "8050");
-  OpenOver("FFE0", "FFFF");
+  OpenOver("FFF8", "FFFF");
   bool bYes = true;
   int lAsked = 0;
   QTimer tmrAnswer;
@@ -80,6 +96,17 @@ TEST_F(WindowOnQt, RandomTypingKeepsListingAndViewInStep) {
     }
   });
   tmrAnswer.start(0);
+  // A short list that loses lines from its first one on, with no question that would hide it.
+  auto& chkLong = Child<QAbstractButton>(*afrm[2], "chkLong");
+  chkLong.click();
+  for (const int lFirst : {0xFFF8, 0x1FFF8}) std::fill_n(abRam + lFirst, 8, uint8_t{0});
+  Child<QPushButton>(*afrm[2], "cmdDisass").click();
+  QTest::keyClick(&Child<QListView>(*afrm[2], "lstDis"), Qt::Key_Return);
+  ExpectDrawn(*afrm[2]);
+  QTest::keyClicks(&Child<QLineEdit>(*afrm[2], "txtAsm"), "LD IX,0\r");
+  EXPECT_EQ(afrm[2]->LinesAndMaps().LineCount(), 5);
+  ExpectDrawn(*afrm[2]);
+  chkLong.click();
   for (int lEdit = 0; lEdit < EDITS; ++lEdit) {
     frmDisass& frm = *afrm[Random(3)];
     const int32_t lLine = Random(250) % frm.LinesAndMaps().LineCount();
@@ -105,6 +132,7 @@ TEST_F(WindowOnQt, RandomTypingKeepsListingAndViewInStep) {
         << sLine << " by " << sText;
     lst.SetTopIndex(lst.TopIndex() + Random(3));
     for (const auto& frmEach : afrm) ExpectShown(*frmEach, lEdit % 100 == 0 ? ADDRESS_SPACE : 16);
+    if (lEdit % 4 == 0) ExpectDrawn(*afrm[Random(3)]);
     ASSERT_FALSE(HasFailure()) << "edit " << lEdit << " of " << sLine << " by " << sText;
     if (Random(3) == 0) QTest::keyClick(&txt, Qt::Key_Escape);
   }

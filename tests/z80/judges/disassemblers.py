@@ -75,10 +75,10 @@ def is_known(code, length, text, marked, judged_length, judged):
         return False
     if code[1] != 0xCB:  # nor what stands behind a prefix without effect
         return marked and judged_length in (1, 3) and re.match("DEFB|ILLEGAL", judged)
-    # BIT n,(IX + d),r has no register; of the marks, SLL (IX + d) has none and each copy one
+    # BIT n,(IX + d),r has no register; of the marks, SLL has none and each copy one
     return length == judged_length and (
         marked and text.startswith("BIT") and text == f"{judged},{text[-1]}" or
-        text == judged and marked == text.startswith("SLL ("))
+        text == judged and marked == text.startswith("SLL"))
 
 
 def compare(name, judged, listed, codes):
