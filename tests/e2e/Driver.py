@@ -247,19 +247,22 @@ class Window:
                          tDesktop.tSystem.FIRST_LINE)
 
     def IsGone(self):
-        if self.sId in self.tDesktop.Ask("search", "--onlyvisible", "--name", ".").split():
+        def IsSeen():
+            return self.sId in self.tDesktop.Ask("search", "--onlyvisible", "--name", ".").split()
+        if IsSeen():
             return False
         self.tDesktop.Settle()
-        return True
+        return not IsSeen()  # a search fails that meets a window as it goes
 
     def Mouse(self, lX, lY, *asWord):
         lLeft, lTop = self.tDesktop.tSystem.CLIENT_AT
         self.tDesktop.Do("mousemove", "--window", self.sId, lLeft + lX, lTop + lY, *asWord)
 
-    def Click(self, tPlace):
-        """Clicks a control, by the form's design."""
+    def Click(self, tPlace, *asWord):
+        """Clicks a control, by the form's design, as long as a hand does."""
         lTop = self.tDesktop.tSystem.MENU_HEIGHT + tPlace[1] // TWIPS
-        self.Mouse(tPlace[0] // TWIPS, lTop, "mousedown", 1, "sleep", 0.1, "mouseup", 1)
+        asWord = asWord or ("mousedown", 1, "sleep", 0.1, "mouseup", 1)
+        self.Mouse(tPlace[0] // TWIPS, lTop, *asWord)
 
     def Enter(self, tField, sText=""):
         """Types over what stands in a field."""

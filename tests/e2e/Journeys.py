@@ -151,6 +151,10 @@ def Range(t):
     t.frm.Enter(TXT_START, "8000\t8100")
     t.frm.Click(CHK_LONG)
     t.ExpectListing(0x8000, 0x8100)
+    t.frm.Enter(TXT_START, "8000\t8110")
+    t.frm.Click(CHK_ALLOW, "click", 1)  # faster than any hand
+    t.ExpectListing(0x8000, 0x8110)
+    t.tEmulator.Do("protect 8000-8000", "protected.*")
     t.frm.Line(0, "click", "--repeat", 2, 1)
     t.Edit("ld bc,1234", "8000: 01 34 12")
     t.End()

@@ -81,9 +81,13 @@ class ControlEvents final : public QObject {
         return false;
       case QEvent::FocusOut:
         ReportFocus(static_cast<QFocusEvent&>(*pEvent));
-        return IsHeldDown(pWatched) &&
+        return IsHeldByMouse(pWatched) &&
                static_cast<QFocusEvent&>(*pEvent).reason() == Qt::OtherFocusReason;
+      case QEvent::MouseButtonPress:
+        bMousePressed = true;
+        return false;
       case QEvent::KeyPress:
+        bMousePressed = false;
         return FilterKey(pWatched, static_cast<QKeyEvent&>(*pEvent));
       case QEvent::InputMethod:
         return FilterInput(pWatched, static_cast<QInputMethodEvent&>(*pEvent));
@@ -93,11 +97,12 @@ class ControlEvents final : public QObject {
   }
 
  private:
-  /// Whether it is a check box under the user's finger. The press that ends an address field's edit
-  /// lists the range, and that moves the focus to the list: Qt would forget the press then.
-  static bool IsHeldDown(QObject* pWatched) {
+  /// Whether the mouse has pressed a check box and its release is still to come. A press that ends
+  /// an address field's edit lists the range, and that moves the focus to the list: Qt would forget
+  /// the press then.
+  bool IsHeldByMouse(QObject* pWatched) const {
     const auto* chk = dynamic_cast<QCheckBox*>(pWatched);
-    return chk != nullptr && chk->isDown();
+    return chk != nullptr && chk->isDown() && bMousePressed;
   }
 
   /// A focus that goes to another window, a menu or a pop-up and comes back is no event; but while
@@ -169,6 +174,7 @@ class ControlEvents final : public QObject {
 
   QtForm& frm;
   std::int16_t iControl;
+  bool bMousePressed = false;  // since the last key
 };
 
 // ---- Text boxes ---------------------------------------------------------------------------------

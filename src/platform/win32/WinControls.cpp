@@ -166,12 +166,18 @@ class CheckBoxWindow final : public CheckBox, public ControlWindow {
   /// The press that ends an address field's edit lists the range, and that moves the focus to the
   /// list. The button would forget the press then; so it hears of the focus when it is released.
   LRESULT OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) override {
-    const bool bToSibling = ::GetParent(reinterpret_cast<HWND>(wParam)) == ::GetParent(Handle());
-    if (uMsg == WM_KILLFOCUS && ::GetCapture() == Handle() && bToSibling) return 0;
+    if (uMsg == WM_KILLFOCUS && IsHeldByMouse() && IsSibling(reinterpret_cast<HWND>(wParam)))
+      return 0;
     const LRESULT lResult = ControlWindow::OnMessage(uMsg, wParam, lParam);
     if (uMsg == WM_LBUTTONUP && ::GetFocus() != Handle())
       ControlWindow::OnMessage(WM_KILLFOCUS, 0, 0);
     return lResult;
+  }
+
+ private:
+  bool IsHeldByMouse() const { return ::GetCapture() == Handle() && ::GetKeyState(VK_LBUTTON) < 0; }
+  bool IsSibling(HWND hOther) const {
+    return ::GetAncestor(hOther, GA_PARENT) == ::GetAncestor(Handle(), GA_PARENT);
   }
 };
 

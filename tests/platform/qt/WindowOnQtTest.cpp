@@ -73,6 +73,7 @@ class WindowOnQt : public RandomTyping {
       return lst.screen()->grabWindow(Widget(frm).winId()).toImage();
     };
     const QImage tSeen = fnSeen();
+    ASSERT_FALSE(tSeen.isNull());
     lst.viewport()->update();
     EXPECT_EQ(fnSeen(), tSeen);
   }
