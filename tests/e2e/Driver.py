@@ -37,6 +37,7 @@ class LinuxSystem:
     FIRST_LINE = 2    # from a list's edge down to its first line, in pixels
     MENU_LEFT = {"File": 17, "Window": 60}  # a point on a menu's title, in pixels
     SAVE_DIALOG = "Save As"  # its caption
+    KILLS = 25  # of either side between two looks at what must still work
     GIVES_FOCUS = True  # to a window that the program brings to the front
 
     def __init__(self, sFolder):
@@ -95,6 +96,7 @@ class WineSystem(LinuxSystem):
     CLIENT_AT = (4, 22)
     MENU_HEIGHT = 20
     MENU_LEFT = {"File": 15, "Window": 55}
+    KILLS = 1
     GIVES_FOCUS = False  # Wine raises it, and leaves the X server's focus to the window manager
 
     def __init__(self, sFolder):

@@ -445,7 +445,15 @@ def Crashes(t):
     """Either side killed and started again under the other, which goes on."""
     t.Emulate("--sample", "F000")
     t.Open()
-    for lFirst in range(0x1000, 0xD000, 0x3000):
+    for lFirst in range(0x3000, 0xF000, 0x3000):
+        for _ in range(t.tSystem.KILLS):  # each at any moment of the other's start
+            t.tDesktop.Kill(t.tEmulator.tProcess)
+            t.Emulate()
+            t.tDesktop.Kill(t.tProgram)
+            t.tProgram = t.tDesktop.Start(t.tSystem.Command(t.sDisass))
+            time.sleep(random.random() / 4)
+        t.tDesktop.Kill(t.tProgram)
+        t.Open()
         t.tDesktop.Kill(t.tEmulator.tProcess)
         t.Emulate("--sample", "%X" % lFirst)
         t.ExpectListing(lFirst, lFirst + 0x2000)
