@@ -62,6 +62,11 @@ class LinuxSystem:
         return list(asWord)
 
     @staticmethod
+    def Unseen(sProgram):
+        """How to start it off the screen: windows that die as they come hang a window manager."""
+        return ["env", "QT_QPA_PLATFORM=offscreen", sProgram]
+
+    @staticmethod
     def NameToType(sPath):
         return sPath
 
@@ -96,7 +101,7 @@ class WineSystem(LinuxSystem):
     CLIENT_AT = (4, 22)
     MENU_HEIGHT = 20
     MENU_LEFT = {"File": 15, "Window": 55}
-    KILLS = 1
+    KILLS = 0
     GIVES_FOCUS = False  # Wine raises it, and leaves the X server's focus to the window manager
 
     def __init__(self, sFolder):

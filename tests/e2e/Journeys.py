@@ -450,7 +450,7 @@ def Crashes(t):
             t.tDesktop.Kill(t.tEmulator.tProcess)
             t.Emulate()
             t.tDesktop.Kill(t.tProgram)
-            t.tProgram = t.tDesktop.Start(t.tSystem.Command(t.sDisass))
+            t.tProgram = t.tDesktop.Start(t.tSystem.Unseen(t.sDisass))
             time.sleep(random.random() / 4)
         t.tDesktop.Kill(t.tProgram)
         t.Open()
