@@ -77,17 +77,10 @@ class ControlEvents final : public QObject {
   bool eventFilter(QObject* pWatched, QEvent* pEvent) override {
     switch (pEvent->type()) {
       case QEvent::FocusIn:
-        ReportFocus(static_cast<QFocusEvent&>(*pEvent));
-        return false;
       case QEvent::FocusOut:
         ReportFocus(static_cast<QFocusEvent&>(*pEvent));
-        return IsHeldByMouse(pWatched) &&
-               static_cast<QFocusEvent&>(*pEvent).reason() == Qt::OtherFocusReason;
-      case QEvent::MouseButtonPress:
-        bMousePressed = true;
         return false;
       case QEvent::KeyPress:
-        bMousePressed = false;
         return FilterKey(pWatched, static_cast<QKeyEvent&>(*pEvent));
       case QEvent::InputMethod:
         return FilterInput(pWatched, static_cast<QInputMethodEvent&>(*pEvent));
@@ -97,14 +90,6 @@ class ControlEvents final : public QObject {
   }
 
  private:
-  /// Whether the mouse has pressed a check box and its release is still to come. A press that ends
-  /// an address field's edit lists the range, and that moves the focus to the list: Qt would forget
-  /// the press then.
-  bool IsHeldByMouse(QObject* pWatched) const {
-    const auto* chk = dynamic_cast<QCheckBox*>(pWatched);
-    return chk != nullptr && chk->isDown() && bMousePressed;
-  }
-
   /// A focus that goes to another window, a menu or a pop-up and comes back is no event; but while
   /// it is away, as in a message box, the program may give it to another control. Nor is one that
   /// the program took away.
@@ -174,7 +159,6 @@ class ControlEvents final : public QObject {
 
   QtForm& frm;
   std::int16_t iControl;
-  bool bMousePressed = false;  // since the last key
 };
 
 // ---- Text boxes ---------------------------------------------------------------------------------
@@ -207,6 +191,32 @@ class QtTextBox final : public ControlOn<TextBox, QLineEdit> {
   std::string Text() const override { return tWidget.text().toStdString(); }
   void SetText(std::string_view sText) override { tWidget.setText(TextOf(sText)); }
   void SelectAll() override { tWidget.selectAll(); }
+};
+
+// ---- Check boxes and buttons --------------------------------------------------------------------
+
+/// A check box that keeps the mouse's press. One that ends an address field's edit lists the range,
+/// and that moves the focus to the list: Qt would forget the press then.
+class PressKeepingBox final : public QCheckBox {
+ public:
+  using QCheckBox::QCheckBox;
+
+ protected:
+  void mousePressEvent(QMouseEvent* pEvent) override {
+    bMousePressed = true;
+    QCheckBox::mousePressEvent(pEvent);
+  }
+  void mouseReleaseEvent(QMouseEvent* pEvent) override {
+    bMousePressed = false;
+    QCheckBox::mouseReleaseEvent(pEvent);
+  }
+  void focusOutEvent(QFocusEvent* pEvent) override {
+    if (bMousePressed && isDown() && pEvent->reason() == Qt::OtherFocusReason) return update();
+    QCheckBox::focusOutEvent(pEvent);
+  }
+
+ private:
+  bool bMousePressed = false;
 };
 
 class QtCheckBox final : public ControlOn<CheckBox, QCheckBox> {
@@ -270,7 +280,7 @@ BuiltControl BuildKind(QtForm& frm, QWidget& tParent, const ControlDesign& tDesi
     case ControlKind::Button:
       return Built<Control>(*NewClickable<QPushButton>(frm, tParent, tDesign), tDesign);
     case ControlKind::CheckBox: {
-      auto* chk = NewClickable<QCheckBox>(frm, tParent, tDesign);
+      auto* chk = NewClickable<PressKeepingBox>(frm, tParent, tDesign);
       return {chk, std::make_unique<QtCheckBox>(*chk, tDesign)};
     }
     case ControlKind::ListBox: {
