@@ -89,6 +89,7 @@ class FormCore : public Form, public std::enable_shared_from_this<FormCore> {
 
   void Load();                                                 ///< raises the Load event
   bool IsUnloaded() const { return eLife == Life::Unloaded; }  ///< QueryUnload has ended
+  bool WasShown() const { return bShown; }
   const std::shared_ptr<FormEvents>& Logic() const { return pEvents; }
 
   /// The one way of every event to the form's logic: gives what fnCall gives, or the result type's
@@ -119,7 +120,6 @@ class FormCore : public Form, public std::enable_shared_from_this<FormCore> {
   /// was shown.
   void ReportResize();
   void NoteShown() { bShown = true; }
-  bool WasShown() const { return bShown; }
 
  private:
   enum class Life : std::uint8_t { Loaded, Unloading, Unloaded };

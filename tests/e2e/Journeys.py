@@ -3,10 +3,12 @@
 Each journey is one user's session on a screen of its own. What the emulator reports, what stands in
 its memory and what the program saves is the proof. "Stress ... --minutes 60" goes on for an hour.
 """
+import fcntl
 import os
 import random
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -465,6 +467,107 @@ def Crashes(t):
         t.tDesktop.Keys("Return")
         t.Edit("ei", "%X: FB" % lFirst)
         t.tDesktop.Keys("Escape")
+    t.End()
+
+
+def Signals(t):
+    """A signal closes the windows as their user would, whatever is open in them."""
+    tIniFile = Path(t.tSystem.sIniFile)
+    sElsewhere = t.tSystem.sFolder + "/elsewhere"  # where no emulator runs
+    os.mkdir(sElsewhere)
+    t.Emulate("--sample", "8000")
+    abMemory = t.tEmulator.Memory()
+
+    def Nothing():
+        pass
+
+    def Error():
+        t.frm.Enter(TXT_START, "8000\t7fff\t")
+        t.tDesktop.Window(ERROR)
+
+    def Question():
+        t.tDesktop.Type("\nld a,(1234)\n")
+        t.tDesktop.Window(LONGER)
+
+    def SaveDialog():
+        t.frm.Menu("File", 1)
+        t.tDesktop.Window(t.tSystem.SAVE_DIALOG)
+
+    def PopupMenu():
+        t.frm.Line(3, "click", 3)
+        time.sleep(0.5)
+
+    def WindowMenu():
+        t.frm.Mouse(t.tSystem.MENU_LEFT["Window"], 6, "click", 1)
+        time.sleep(0.5)
+
+    def Editor():
+        t.tDesktop.Type("\nxor a")
+
+    def Listing():
+        t.frm.Enter(TXT_START, "0\tffff\t")
+        time.sleep(random.random() / 5)
+
+    def OtherWindows():
+        frmOther = t.frm.OpenAnother()
+        t.frm.ToFront()
+        Error()
+        frmOther.ToFront()
+        frmOther.OpenAnother()
+        Question()
+
+    def Closes(*aeSignal):
+        """Whether that is what the signals do."""
+        for eSignal in aeSignal:
+            t.tProgram.send_signal(eSignal)
+        assert t.tProgram.wait(20) == 0, t.tProgram.returncode
+        t.tEmulator.Expect("program 12 closed")
+        t.tEmulator.Do("status", "temp file.*", "active program: 0", *[".*"] * 4)
+        return "window_12_top=" in tIniFile.read_text()
+
+    for eSignal, fnOpen in ((signal.SIGTERM, Nothing), (signal.SIGINT, Error),
+                            (signal.SIGHUP, Question), (signal.SIGTERM, SaveDialog),
+                            (signal.SIGINT, PopupMenu), (signal.SIGHUP, WindowMenu),
+                            (signal.SIGTERM, Editor), (signal.SIGINT, Listing),
+                            (signal.SIGHUP, Listing), (signal.SIGTERM, OtherWindows)):
+        t.Open()
+        fnOpen()
+        assert Closes(eSignal), (eSignal, fnOpen)
+        tIniFile.unlink()
+    assert t.tEmulator.Memory() == abMemory
+
+    # Two at once are one, as a terminal sends them when it closes; nohup keeps its word.
+    t.Open()
+    assert Closes(signal.SIGHUP, signal.SIGTERM)
+    t.Open(preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
+    t.tProgram.send_signal(signal.SIGHUP)
+    t.ExpectListing(0x8000, 0xA000)
+    assert Closes(signal.SIGTERM)
+    # In a message at the start: one that ends the program, and one that it goes on after.
+    t.tProgram = t.tDesktop.Start(["env", "TEMP=" + sElsewhere, t.sDisass])
+    t.tDesktop.Window(ERROR)
+    t.tProgram.send_signal(signal.SIGTERM)
+    assert t.tProgram.wait(20) == 1, t.tProgram.returncode
+    with open(tIniFile, "r+") as tLocked:
+        fcntl.lockf(tLocked, fcntl.LOCK_EX)
+        t.tProgram = t.tDesktop.Start([t.sDisass])
+        t.tDesktop.Window(ERROR)
+        assert Closes(signal.SIGTERM)
+    # A second signal ends a program that takes its time, here for the settings.
+    t.Open()
+    with open(tIniFile, "r+") as tLocked:
+        fcntl.lockf(tLocked, fcntl.LOCK_EX)
+        t.tProgram.send_signal(signal.SIGTERM)
+        time.sleep(0.5)
+        t.tProgram.send_signal(signal.SIGINT)
+        assert t.tProgram.wait(20) == -signal.SIGINT, t.tProgram.returncode
+    # At any moment of the start, before the program listens or after.
+    for _ in range(20):
+        t.tProgram = t.tDesktop.Start(t.tSystem.Unseen(t.sDisass))
+        time.sleep(random.random() / 4)
+        t.tProgram.send_signal(signal.SIGTERM)
+        assert t.tProgram.wait(20) in (0, -signal.SIGTERM), t.tProgram.returncode
+    t.Open()
     t.End()
 
 

@@ -11,6 +11,8 @@
 #include <csignal>
 #include <system_error>
 
+#include "platform/linux/EndSignals.h"
+
 namespace platform {
 
 namespace {
@@ -24,20 +26,14 @@ void NoteSignal(int lSignal) { lCaughtSignal = lSignal; }
 void Handle(int lSignal, void (*fnHandler)(int)) {
   struct sigaction tAction = {};
   tAction.sa_handler = fnHandler;
-  sigaction(lSignal, &tAction, nullptr);  // no SA_RESTART: poll must come back
+  sigaction(lSignal, &tAction, nullptr);
 }
 
 }  // namespace
 
 void CatchEndRequests() {
-  // A script's background job starts with SIGINT ignored, and would go on for ever.
-  Handle(SIGINT, NoteSignal);
+  HandleEndSignals(NoteSignal, 0);  // no SA_RESTART: poll must come back
   Handle(SIGQUIT, NoteSignal);
-  Handle(SIGTERM, NoteSignal);
-  struct sigaction tOld = {};
-  if (sigaction(SIGHUP, nullptr, &tOld) == 0 && tOld.sa_handler != SIG_IGN) {  // not under nohup
-    Handle(SIGHUP, NoteSignal);
-  }
   Handle(SIGPIPE, SIG_IGN);
   Handle(SIGCHLD, SIG_DFL);  // where it is inherited as ignored, no child's status is kept
 }

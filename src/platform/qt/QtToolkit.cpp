@@ -1,5 +1,6 @@
 #include "platform/qt/QtToolkit.h"
 
+#include <QDialog>
 #include <QIcon>
 #include <QMouseEvent>
 #include <QScreen>
@@ -10,6 +11,7 @@
 #include <cstdlib>
 
 #include "platform/ToolkitFactory.h"
+#include "platform/linux/EndSignals.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtForm.h"
 #include "platform/qt/QtMetrics.h"
@@ -75,12 +77,15 @@ class QtToolkit::MouseWatch final : public QObject {
   MouseProc fnProc;
 };
 
-QtToolkit::QtToolkit(int& lArgc, char** asArgv) : tApplication(lArgc, asArgv) {
+QtToolkit::QtToolkit(int& lArgc, char** asArgv)
+    : tApplication(lArgc, asArgv), tEndSignal(CatchFirstEndSignal(), QSocketNotifier::Read) {
   // Forms are drawn for controls of the usual heights, which not every desktop's style keeps to.
   if (qEnvironmentVariableIsEmpty("QT_STYLE_OVERRIDE")) QApplication::setStyle("Fusion");
   QApplication::setQuitOnLastWindowClosed(false);  // unseen forms count, too
   tmrSweep.setSingleShot(true);
   QObject::connect(&tmrSweep, &QTimer::timeout, &tmrSweep, [this]() { Sweep(); });
+  // It stays readable: what opens after the signal, as behind a message at the start, closes, too.
+  QObject::connect(&tEndSignal, &QSocketNotifier::activated, &tEndSignal, [this]() { CloseAll(); });
 }
 
 QtToolkit::~QtToolkit() { LetGoOfForms(); }
@@ -109,6 +114,18 @@ void QtToolkit::Run() {
 void QtToolkit::SweepLater() {
   tmrSweep.start();
   if (bRunning && Forms().empty()) QApplication::exit();
+}
+
+void QtToolkit::CloseAll() {
+  // The oldest last: it is the place of the window closed last that the next start takes up.
+  const std::vector<std::shared_ptr<FormCore>> apOpen(Forms().rbegin(), Forms().rend());
+  for (const auto& pForm : apOpen) {
+    if (pForm->WasShown()) pForm->Unload();
+  }
+  // A form that is not shown yet waits in a message, and what follows is its own to decide.
+  for (QWidget* pWidget : QApplication::topLevelWidgets()) {
+    if (auto* pDialog = qobject_cast<QDialog*>(pWidget)) pDialog->reject();
+  }
 }
 
 void QtToolkit::RunPendingEvents() { QCoreApplication::processEvents(); }

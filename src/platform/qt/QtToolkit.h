@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QSocketNotifier>
 #include <QTimer>
 #include <chrono>
 #include <map>
@@ -69,8 +70,10 @@ class QtToolkit final : public ToolkitCore {
   std::int32_t RunMessageBox(FormCore* pOwner, std::string_view sPrompt, std::int32_t lStyle,
                              std::string_view sTitle) override;
   Size ScreenPixels() const override;
+  void CloseAll();  ///< as the user closes them: all forms, and what is open over them
 
   QApplication tApplication;
+  QSocketNotifier tEndSignal;
   QTimer tmrSweep;
   bool bRunning = false;
   std::chrono::steady_clock::time_point tLastOwnAction;
