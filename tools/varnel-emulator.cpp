@@ -21,6 +21,7 @@
 #include "tools/SampleProgram.h"
 #include "tools/ToolInput.h"
 #include "util/modALLUtilityAddress.h"
+#include "util/modALLUtilityOptions.h"
 
 namespace {
 
@@ -36,6 +37,7 @@ constexpr std::size_t BYTES_PER_LINE = 16;
 constexpr std::string_view HELP =
     R"(Usage: varnel-emulator [--show HEX] [--protect HEX-HEX]... [--icon FILE]
                        [--sample HEX] [FILE[@HEX]...] [-- PROGRAM ARG...]
+       varnel-emulator -h | --help | --version
 
 Stands in for the emulator on the other side of the Varnel disassembler's
 window: shares a 64 KB memory with it, tells it what to show and reports what
@@ -356,8 +358,10 @@ int main(int lArguments, char** apArgument) {
                                             apArgument + lArguments);
   // Behind "--" the arguments are another program's.
   const auto itOwnEnd = std::ranges::find(asArgument, "--");
-  if (std::find(asArgument.begin(), itOwnEnd, "--help") != itOwnEnd) {
-    std::cout << HELP << "\nCommands:\n" << COMMANDS << std::flush;
+  const std::string sHelp = std::string(HELP) + "\nCommands:\n" + std::string(COMMANDS);
+  if (const auto sText = modALLUtility::ProgramInformation({asArgument.begin(), itOwnEnd},
+                                                           "varnel-emulator", sHelp)) {
+    std::cout << *sText << std::flush;
     return std::cout ? STATUS_OK : STATUS_ERROR;
   }
   EmulatorOptions tOptions;

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <fstream>
@@ -12,6 +11,7 @@
 #include "platform/StandardStreams.h"
 #include "tools/ToolInput.h"
 #include "util/modALLUtilityAddress.h"
+#include "util/modALLUtilityOptions.h"
 #include "z80/modALLDisass.h"
 #include "z80/modDISAsm.h"
 #include "z80/modDISDebug.h"
@@ -26,7 +26,7 @@ constexpr std::string_view HELP =
     R"(Usage: varnel-z80 dis [--org HEX] [--start HEX] [--end HEX] FILE
        varnel-z80 asm [--org HEX] [-o FILE] SOURCE
        varnel-z80 check [--org HEX] FILE
-       varnel-z80 --help
+       varnel-z80 -h | --help | --version
 
 The Z80 decoder and assembler of the Varnel Disassembler/Assembler. FILE or
 SOURCE may be "-" for standard input. HEX is a number from 0 to FFFF without
@@ -213,8 +213,8 @@ int main(int lArguments, char** apArgument) {
   std::ios::sync_with_stdio(false);
   const std::vector<std::string> asArgument(apArgument + (lArguments > 0 ? 1 : 0),
                                             apArgument + lArguments);
-  if (std::ranges::find(asArgument, "--help") != asArgument.end()) {
-    std::cout << HELP;
+  if (const auto sText = modALLUtility::ProgramInformation(asArgument, "varnel-z80", HELP)) {
+    std::cout << *sText;
     return Finish(STATUS_OK);
   }
   Options tOptions;

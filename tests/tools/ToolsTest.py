@@ -1,4 +1,5 @@
-"""Drives the console programs as their users do: ToolsTest.py Z80|Emulator Z80 EMULATOR"""
+"""Drives the programs as users of a console do: ToolsTest.py Z80|Emulator|Options Z80 EMULATOR DISASS
+"""
 import os
 import re
 import select
@@ -9,7 +10,7 @@ import sys
 import tempfile
 import time
 
-Z80, EMULATOR = sys.argv[2:4]
+Z80, EMULATOR, DISASS = sys.argv[2:5]
 SUMMARY = b"Assembler debug completed.\nChecked: %d\nSupported: %d\nUnsupported: 0\nMismatch: 0\n" \
           b"Opcode mismatch: 0\nOpcode ignored: %d\n"
 
@@ -163,6 +164,39 @@ def TestEmulator():
         tRun = Run(EMULATOR, *asArgument, env=colEnvironment)
         assert tRun.returncode == 2 and tRun.stderr.startswith(b"varnel-emulator: "), tRun
         assert os.listdir(tEmulator.sFolder) == [] and not tEmulator.Objects(), asArgument
+
+
+def TestOptions():
+    """What is asked of a program itself, and what it does not know; no display is needed for that."""
+    colEnvironment = {sName: sValue for sName, sValue in os.environ.items()
+                      if sName not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")}
+    for sProgram in (Z80, EMULATOR, DISASS):
+        asStart = ["wine", sProgram] if sProgram.endswith(".exe") else [sProgram]
+        sName = os.path.basename(sProgram).removesuffix(".exe")
+        for sArguments, lStatus, sOutput, sMessage in (
+                ("--help", 0, "Usage: %s .*--version.*\n" % sName, ""),
+                ("-h", 0, "Usage: %s .*" % sName, ""),
+                ("--version", 0, sName + r" \d+\.\d+\.\d+\n", ""),
+                ("--bogus", 2, "", sName + ": .*\n"),
+                ("--bogus value", 2, "", sName + ": .*\n")):
+            tRun = Run(*asStart, *sArguments.split(), env=colEnvironment)
+            assert tRun.returncode == lStatus, tRun
+            for sPattern, abGiven in ((sOutput, tRun.stdout), (sMessage, tRun.stderr)):
+                assert re.fullmatch(sPattern, abGiven.decode(), re.DOTALL), (sPattern, tRun)
+    if DISASS.endswith(".exe"):
+        return
+
+    # The window's program: what is Qt's is taken, and an argument must not be mistaken for a file.
+    for sArguments, sForeign in (("file", "file"), ("-platform offscreen file", "file"),
+                                 ("-platform offscreen -x", "-x")):
+        tRun = Run(DISASS, *sArguments.split(), env=colEnvironment)
+        assert tRun.returncode == 2 and sForeign in tRun.stderr.decode(), tRun
+    for colDisplay in ({}, {"DISPLAY": ":nowhere"}, {"WAYLAND_DISPLAY": "nowhere"},
+                       {"DISPLAY": "", "QT_QPA_PLATFORM": "nowhere"}):
+        tRun = Run(DISASS, env={**colEnvironment, **colDisplay})
+        assert tRun.returncode == 1, tRun
+        assert tRun.stderr.decode().split("\n")[-2].startswith(
+            "varnel-disass: there is no display"), tRun
 
 
 globals()["Test" + sys.argv[1]]()

@@ -7,9 +7,11 @@
 #include <QStyle>
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstdlib>
 
+#include "platform/StandardStreams.h"
 #include "platform/ToolkitFactory.h"
 #include "platform/linux/EndSignals.h"
 #include "platform/qt/QtDialogs.h"
@@ -18,8 +20,36 @@
 
 namespace platform {
 
+namespace {
+
+constexpr int NO_DISPLAY = 1;  // exit status
+
+/// Qt aborts where it has no display, as if the program had crashed; what it says before that may
+/// tell why it has none.
+void EndWithoutDisplay(QtMsgType eType, const QMessageLogContext& /*tContext*/,
+                       const QString& sMessage) {
+  if (eType != QtFatalMsg) {
+    PrintError(sMessage.toStdString() + '\n');
+    return;
+  }
+  const auto fnVariable = [](const char* sName) {
+    const char* const sValue = std::getenv(sName);
+    return sName +
+           (sValue != nullptr ? " is \"" + std::string(sValue) + '"' : std::string(" is not set"));
+  };
+  PrintError(std::string(::program_invocation_short_name) +
+             ": there is no display to open a window on (" + fnVariable("DISPLAY") + ", " +
+             fnVariable("WAYLAND_DISPLAY") + ")\n");
+  std::quick_exit(NO_DISPLAY);
+}
+
+}  // namespace
+
 std::unique_ptr<Toolkit> CreateToolkit(int& lArgc, char** asArgv) {
-  return std::make_unique<qt::QtToolkit>(lArgc, asArgv);
+  const QtMessageHandler fnUsual = qInstallMessageHandler(EndWithoutDisplay);
+  auto pToolkit = std::make_unique<qt::QtToolkit>(lArgc, asArgv);
+  qInstallMessageHandler(fnUsual);
+  return pToolkit;
 }
 
 namespace qt {

@@ -5,11 +5,35 @@
 
 #include <cstdio>
 
+#include "platform/win32/SystemHandles.h"
+
 namespace platform {
+
+namespace {
+
+bool Print(DWORD lStream, const std::string& sText, UINT lIcon) {
+  const HANDLE hStream = ::GetStdHandle(lStream);
+  if (hStream == nullptr || hStream == INVALID_HANDLE_VALUE) {
+    ::MessageBoxA(nullptr, sText.c_str(), "Varnel Disassembler/Assembler", MB_OK | lIcon);
+    return true;
+  }
+  DWORD lWritten = 0;
+  return ::WriteFile(hStream, sText.data(), static_cast<DWORD>(sText.size()), &lWritten, nullptr) !=
+             0 &&
+         lWritten == sText.size();
+}
+
+}  // namespace
 
 void SetBinaryStandardStreams() {
   _setmode(_fileno(stdin), _O_BINARY);
   _setmode(_fileno(stdout), _O_BINARY);
 }
+
+bool PrintOutput(const std::string& sText) {
+  return Print(STD_OUTPUT_HANDLE, sText, MB_ICONINFORMATION);
+}
+
+bool PrintError(const std::string& sText) { return Print(STD_ERROR_HANDLE, sText, MB_ICONERROR); }
 
 }  // namespace platform
