@@ -3,6 +3,7 @@
 #include <QAbstractButton>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <array>
@@ -78,6 +79,30 @@ QStringList FiltersOf(std::string_view sFilter) {
   return asFilter;
 }
 
+/// Qt's file dialog, but for names with a double quote. Qt takes quotes for what stands around each
+/// of several names, so that q"uote.txt would become uote.txt; here such a name is one like others.
+class QuotesKeepingDialog final : public QFileDialog {
+ public:
+  using QFileDialog::QFileDialog;
+
+  QString Chosen() const { return sQuoted.isEmpty() ? selectedFiles().value(0) : sQuoted; }
+
+  void accept() override {
+    // Qt's own dialog alone has this field, and desktops' dialogs alone give what they mean.
+    const auto* txtName = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    sQuoted.clear();
+    if (txtName == nullptr || !txtName->text().contains(QLatin1Char('"')))
+      return QFileDialog::accept();
+    const QString sPath = directory().absoluteFilePath(txtName->text());
+    if (QFileInfo(sPath).isDir()) return setDirectory(sPath);
+    sQuoted = sPath;
+    QDialog::accept();
+  }
+
+ private:
+  QString sQuoted;  // the path of a name with a quote, once chosen
+};
+
 /// What is wrong with a chosen name, by the request's flags; empty: nothing.
 QString Complaint(const QFileInfo& tChosen, std::int32_t lFlags) {
   if ((lFlags & OFN_PATHMUSTEXIST) != 0 && !tChosen.dir().exists())
@@ -118,7 +143,7 @@ std::int32_t RunMessageBox(QtForm* pOwner, std::string_view sPrompt, std::int32_
 }
 
 FileDialogResult RunFileDialog(QtForm& frm, const FileDialogRequest& tRequest) {
-  QFileDialog tDialog(&frm);
+  QuotesKeepingDialog tDialog(&frm);
   tDialog.setAcceptMode(tRequest.bSave ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
   tDialog.setFileMode((tRequest.lFlags & OFN_FILEMUSTEXIST) != 0 ? QFileDialog::ExistingFile
                                                                  : QFileDialog::AnyFile);
@@ -132,7 +157,7 @@ FileDialogResult RunFileDialog(QtForm& frm, const FileDialogRequest& tRequest) {
   if (!tRequest.sFileName.empty()) tDialog.selectFile(TextOf(tRequest.sFileName));
 
   while (frm.RunDialog(tDialog) == QDialog::Accepted) {
-    const QString sChosen = tDialog.selectedFiles().value(0);
+    const QString sChosen = tDialog.Chosen();
     const QString sComplaint = Complaint(QFileInfo(sChosen), tRequest.lFlags);
     if (sComplaint.isEmpty()) {
       const std::string sPath = sChosen.toStdString();

@@ -224,6 +224,27 @@ TEST_F(QtToolkitTest, MessageBoxIsModalToItsFormAlone) {
   EXPECT_TRUE(tOwner.frm->CheckBoxOf(CHK_ALLOW).Checked());
 }
 
+TEST_F(QtToolkitTest, FileNamesAreTakenAsTyped) {
+  const QTemporaryDir tFolder;
+  Form& frm = *LoadShown().frm;
+  FileDialogRequest tRequest;
+  tRequest.bSave = true;
+  for (const QString sName : {"plain.txt", "q\"uote.txt", "\"both\"", "\"one\" \"two\"", "end\"",
+                              " blanks ", "back\\slash"}) {
+    const QString sPath = tFolder.filePath(sName);
+    After(50, [&] {
+      QWidget* pDialog = QApplication::activeModalWidget();
+      ASSERT_NE(pDialog, nullptr);
+      auto* txtName = pDialog->findChild<QLineEdit*>("fileNameEdit");
+      txtName->setText(sPath);
+      QTest::keyClick(txtName, Qt::Key_Return);
+    });
+    const FileDialogResult tResult = frm.ShowFileDialog(tRequest);
+    EXPECT_EQ(tResult.eOutcome, FileDialogResult::Outcome::Chosen) << sName.toStdString();
+    EXPECT_EQ(tResult.sPath, sPath.toStdString());
+  }
+}
+
 TEST_F(QtToolkitTest, ListKeepsSelectionAndTopWithTheirLines) {
   struct Case {
     int lFirst, lRemoved, lInserted, lSelected, lTop, lNewSelected, lNewTop;
