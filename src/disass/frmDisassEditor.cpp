@@ -32,6 +32,16 @@ std::string Trimmed(const std::string& sText) {
              : sText.substr(lFirst, sText.find_last_not_of(' ') - lFirst + 1);
 }
 
+/// The upper-case form of a character that an 8-bit listing can hold, which ISO 8859-1 fixes: of a
+/// letter that has none there, the sharp s or a y with two dots, itself.
+std::int32_t UpperCaseLatin1(std::int32_t lCharacter) {
+  constexpr std::int32_t A_GRAVE = 0xE0;
+  constexpr std::int32_t THORN = 0xFE;
+  constexpr std::int32_t DIVISION_SIGN = 0xF7;  // among the letters
+  const bool bLetter = lCharacter >= A_GRAVE && lCharacter <= THORN && lCharacter != DIVISION_SIGN;
+  return bLetter ? lCharacter - 0x20 : modALLUtility::UpperCase(lCharacter);
+}
+
 bool SameText(std::string_view sLeft, std::string_view sRight) {
   return std::ranges::equal(sLeft, sRight, {}, modALLUtility::UpperCase, modALLUtility::UpperCase);
 }
@@ -58,7 +68,7 @@ bool frmDisass::txtAsm_KeyDown(std::int16_t iKeyCode) {
 }
 
 std::int32_t frmDisass::txtAsm_KeyPress(std::int32_t lCharacter) {
-  return lCharacter == KEY_ENTER ? 0 : modALLUtility::UpperCase(lCharacter);
+  return lCharacter == KEY_ENTER ? 0 : UpperCaseLatin1(lCharacter);
 }
 
 void frmDisass::OpenAsmEditor() {
@@ -73,6 +83,7 @@ void frmDisass::OpenAsmEditor() {
   cmdDisass->SetEnabled(false);
 
   txtAsm->SetText(modDISListing::LineInstruction(sLine));
+  lstDis->ScrollToLeft();  // or the editor might stand left of what can be seen
   txtAsm->Move(EditorPlace(lLine));
   modDISListFollow::StartListFollow(lstDis->WindowHandle(), this);
   txtAsm->SetVisible(true);

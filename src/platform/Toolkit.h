@@ -96,6 +96,8 @@ class Control {
   virtual void BringToFront() = 0;  ///< above the form's other controls
 };
 
+/// A field of one line. Blanks around text that is pasted or dropped are left out where it becomes
+/// the whole contents, or would not fit otherwise; then it is cut at the maximum length.
 class TextBox : public virtual Control {
  public:
   virtual std::string Text() const = 0;
@@ -134,6 +136,7 @@ class ListBox : public virtual Control {
   virtual std::int32_t TopIndex() const = 0;  ///< the first visible line
   /// How far the lines are scrolled sideways, in twips: what of them lies left of the list.
   virtual std::int32_t LeftOffset() const = 0;
+  virtual void ScrollToLeft() = 0;  ///< back sideways, to the first column
   /// The height of the part that shows whole lines, in twips: without borders and scroll bar.
   virtual std::int32_t InnerHeight() const = 0;
   /// Scrolls a line to the top, or as far up as the end of the list allows.

@@ -114,6 +114,7 @@ class Form final : public platform::Form, public std::enable_shared_from_this<Fo
       lTop = std::clamp(lIndex, 0, std::max(Lines() - tPlace.lHeight / 225, 0));
     }
     int32_t LeftOffset() const override { return lLeftOffset; }
+    void ScrollToLeft() override { lLeftOffset = 0; }
     int32_t InnerHeight() const override { return tPlace.lHeight; }
     int32_t ItemHeightPixels() const override { return lItemPixels; }
     uint32_t ItemFromPoint(int32_t lXPixels, int32_t lYPixels) const override {

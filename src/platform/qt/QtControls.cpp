@@ -1,11 +1,16 @@
 #include "platform/qt/QtControls.h"
 
 #include <QCheckBox>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QDropEvent>
 #include <QFocusEvent>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMimeData>
 #include <QPainter>
 #include <QPushButton>
 #include <algorithm>
@@ -163,13 +168,74 @@ class ControlEvents final : public QObject {
 
 // ---- Text boxes ---------------------------------------------------------------------------------
 
+/// A text box as the seam has it: what comes into it by other ways than typing.
+class FieldEdit : public QLineEdit {
+ public:
+  using QLineEdit::QLineEdit;
+
+ protected:
+  /// Qt's menu without the keys beside its entries, which a form's logic may have no use for.
+  void contextMenuEvent(QContextMenuEvent* pEvent) override {
+    QMenu* const mnuEdit = createStandardContextMenu();
+    if (mnuEdit == nullptr) return;
+    mnuEdit->setAttribute(Qt::WA_DeleteOnClose);
+    for (QAction* pItem : mnuEdit->actions()) {
+      pItem->setText(pItem->text().section(QLatin1Char('\t'), 0, 0));
+      if (pItem->text() != QLineEdit::tr("&Paste")) continue;
+      pItem->disconnect(this);
+      QObject::connect(pItem, &QAction::triggered, this,
+                       [this]() { Insert(QGuiApplication::clipboard()->text()); });
+    }
+    mnuEdit->popup(pEvent->globalPos());
+  }
+
+  void keyPressEvent(QKeyEvent* pEvent) override {
+    pEvent->matches(QKeySequence::Paste) ? Insert(QGuiApplication::clipboard()->text())
+                                         : QLineEdit::keyPressEvent(pEvent);
+  }
+
+  void mouseReleaseEvent(QMouseEvent* pEvent) override {
+    const QClipboard* pClipboard = QGuiApplication::clipboard();
+    if (pEvent->button() != Qt::MiddleButton || !pClipboard->supportsSelection())
+      return QLineEdit::mouseReleaseEvent(pEvent);
+    deselect();
+    Insert(pClipboard->text(QClipboard::Selection));
+  }
+
+  // A full box takes nothing, and says so while the text is still held over it.
+  void dragEnterEvent(QDragEnterEvent* pEvent) override {
+    IsFull() ? pEvent->ignore() : QLineEdit::dragEnterEvent(pEvent);
+  }
+  void dragMoveEvent(QDragMoveEvent* pEvent) override {
+    IsFull() ? pEvent->ignore() : QLineEdit::dragMoveEvent(pEvent);
+  }
+  void dropEvent(QDropEvent* pEvent) override {
+    if (pEvent->source() == this) return QLineEdit::dropEvent(pEvent);
+    QDragLeaveEvent tLeave;
+    dragLeaveEvent(&tLeave);  // takes away the mark of where the text would go
+    deselect();
+    setCursorPosition(cursorPositionAt(pEvent->position().toPoint()));
+    Insert(pEvent->mimeData()->text());
+    pEvent->acceptProposedAction();
+  }
+
+ private:
+  bool IsFull() const { return text().size() >= maxLength(); }
+
+  void Insert(const QString& sText) {
+    const qsizetype lKept = text().size() - selectedText().size();
+    const bool bTrimmed = lKept == 0 || lKept + sText.size() > maxLength();
+    insert(bTrimmed ? sText.trimmed() : sText);
+  }
+};
+
 /// A text box in the listing's font, edited in place over a list line: its text stands exactly at
 /// its place's left edge, over the list's columns, and its frame around that.
-class InPlaceEdit final : public QLineEdit {
+class InPlaceEdit final : public FieldEdit {
  public:
   static constexpr int OUTSET = 3;  ///< frame and margin left of the text
 
-  explicit InPlaceEdit(QWidget* pParent) : QLineEdit(pParent) {
+  explicit InPlaceEdit(QWidget* pParent) : FieldEdit(pParent) {
     constexpr int QT_MARGIN = 2;  // a line edit's own, beside the text
     setFrame(false);
     setTextMargins(OUTSET - QT_MARGIN, 0, 0, 0);
@@ -177,7 +243,7 @@ class InPlaceEdit final : public QLineEdit {
 
  protected:
   void paintEvent(QPaintEvent* pEvent) override {
-    QLineEdit::paintEvent(pEvent);
+    FieldEdit::paintEvent(pEvent);
     QPainter tPainter(this);
     tPainter.setPen(palette().color(QPalette::Text));
     tPainter.setOpacity(0.5);
@@ -255,7 +321,7 @@ BuiltControl BuildLabel(QWidget& tParent, const ControlDesign& tDesign) {
 
 BuiltControl BuildTextBox(QWidget& tParent, const ControlDesign& tDesign,
                           const ControlFonts& tFonts) {
-  QLineEdit* txt = tDesign.bListingFont ? new InPlaceEdit(&tParent) : new QLineEdit(&tParent);
+  FieldEdit* txt = tDesign.bListingFont ? new InPlaceEdit(&tParent) : new FieldEdit(&tParent);
   if (tDesign.bListingFont) txt->setFont(tFonts.tListing);
   if (tDesign.iMaxLength > 0) txt->setMaxLength(tDesign.iMaxLength);
   if (tDesign.lBackColor >= 0) txt->setPalette(PaletteOn(txt->palette(), tDesign.lBackColor));

@@ -192,6 +192,8 @@ void ListView::SetTop(int lIndex) { verticalScrollBar()->setValue(lIndex); }
 
 int ListView::LeftOffset() const { return horizontalScrollBar()->value(); }
 
+void ListView::ScrollToLeft() { horizontalScrollBar()->setValue(0); }
+
 int ListView::InnerHeight() const { return viewport()->height() - TextTop(); }
 
 void ListView::EnsureVisible(int lIndex) {

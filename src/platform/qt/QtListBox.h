@@ -31,7 +31,8 @@ class ListView final : public QListView {
   void Select(int lIndex);  ///< raises Click; none when there is no such line
   int Top() const;
   void SetTop(int lIndex);
-  int LeftOffset() const;   ///< in pixels
+  int LeftOffset() const;  ///< in pixels
+  void ScrollToLeft();
   int InnerHeight() const;  ///< of the part that shows whole lines, in pixels
   int LineHeight() const { return lLineHeight; }
   double LineColumn() const { return dColumn; }             ///< width of a column in pixels
@@ -105,6 +106,7 @@ class QtListBox final : public ControlOn<ListBox, ListView> {
   std::int32_t LeftOffset() const override {
     return static_cast<std::int32_t>(tWidget.LeftOffset() * TwipsPerPixelX());
   }
+  void ScrollToLeft() override { tWidget.ScrollToLeft(); }
   std::int32_t InnerHeight() const override {
     return static_cast<std::int32_t>(tWidget.InnerHeight() * TwipsPerPixelY());
   }

@@ -215,7 +215,43 @@ class EditWindow final : public TextBox, public ControlWindow {
     return hBackground.get();
   }
 
+ protected:
+  LRESULT OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) override {
+    if (uMsg != WM_PASTE || lMaxLength == 0) return ControlWindow::OnMessage(uMsg, wParam, lParam);
+    Insert(ClipboardText());
+    return 0;
+  }
+
  private:
+  void Insert(std::wstring sText) {
+    DWORD lStart = 0;
+    DWORD lEnd = 0;
+    ::SendMessageA(Handle(), EM_GETSEL, reinterpret_cast<WPARAM>(&lStart),
+                   reinterpret_cast<LPARAM>(&lEnd));
+    const auto lKept = static_cast<std::size_t>(::GetWindowTextLengthW(Handle())) - (lEnd - lStart);
+    const std::size_t lRoom = static_cast<std::size_t>(lMaxLength) - lKept;
+    if (lKept == 0 || sText.size() > lRoom) {
+      constexpr const wchar_t* BLANKS = L" \t\r\n";
+      sText.erase(0, sText.find_first_not_of(BLANKS));
+      sText.erase(sText.find_last_not_of(BLANKS) + 1);
+    }
+    sText.resize(std::min(sText.size(), lRoom));
+    ::SendMessageW(Handle(), EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(sText.c_str()));
+  }
+
+  std::wstring ClipboardText() const {
+    std::wstring sText;
+    if (::OpenClipboard(Handle()) == 0) return sText;  // another program has it open
+    const HANDLE hText = ::GetClipboardData(CF_UNICODETEXT);
+    if (const auto* pText =
+            static_cast<const wchar_t*>(hText != nullptr ? ::GlobalLock(hText) : nullptr)) {
+      sText.assign(pText, ::wcsnlen(pText, ::GlobalSize(hText) / sizeof(wchar_t)));
+      ::GlobalUnlock(hText);
+    }
+    ::CloseClipboard();
+    return sText;
+  }
+
   /// An editor in place has a thin frame, other text boxes the usual one.
   static ControlClass ClassOf(const ControlDesign& tDesign) {
     return tDesign.bListingFont ? ControlClass{"EDIT", ES_AUTOHSCROLL | WS_BORDER, 0}

@@ -107,6 +107,8 @@ std::int32_t ListWindow::LeftOffset() const {
   return static_cast<std::int32_t>(::GetScrollPos(Handle(), SB_HORZ) * TwipsPerPixel());
 }
 
+void ListWindow::ScrollToLeft() { ::SendMessageA(Handle(), WM_HSCROLL, SB_LEFT, 0); }
+
 std::int32_t ListWindow::InnerHeight() const {
   RECT tInside = {};
   ::GetClientRect(Handle(), &tInside);

@@ -18,6 +18,7 @@ class ListWindow final : public ListBox, public ControlWindow {
   std::int32_t TopIndex() const override;
   void SetTopIndex(std::int32_t lIndex) override;
   std::int32_t LeftOffset() const override;
+  void ScrollToLeft() override;
   std::int32_t InnerHeight() const override;
   std::int32_t ItemHeightPixels() const override;
   std::uint32_t ItemFromPoint(std::int32_t lXPixels, std::int32_t lYPixels) const override;

@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTemporaryDir>
@@ -242,6 +243,63 @@ TEST_F(QtToolkitTest, FileNamesAreTakenAsTyped) {
     const FileDialogResult tResult = frm.ShowFileDialog(tRequest);
     EXPECT_EQ(tResult.eOutcome, FileDialogResult::Outcome::Chosen) << sName.toStdString();
     EXPECT_EQ(tResult.sPath, sPath.toStdString());
+  }
+}
+
+TEST_F(QtToolkitTest, TextThatIsPastedOrDropped) {
+  struct Case {
+    const char* sBefore;
+    int lSelected;  // characters at the end
+    const char* sPasted;
+    const char* sAfter;
+  };
+  Form& frm = *LoadShown().frm;
+  auto& txt = Child<QLineEdit>(frm, "txtEnd");
+  const auto fnPaste = [&] {
+    After(20, [&] {
+      auto* mnuEdit = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+      ASSERT_NE(mnuEdit, nullptr);
+      for (QAction* pItem : mnuEdit->actions()) {
+        EXPECT_FALSE(pItem->text().contains('\t')) << pItem->text().toStdString();  // no keys
+        if (pItem->text() == "&Paste") pItem->trigger();
+      }
+      mnuEdit->close();
+    });
+    QContextMenuEvent tMenu(QContextMenuEvent::Mouse, QPoint(5, 5), txt.mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(&txt, &tMenu);
+    QTest::qWait(60);
+  };
+  for (const Case& tCase : {
+           Case{"8000", 4, " C000 ", "C000"},
+           Case{"8000", 4, "C000  21 41 42\r\n", "C000"},
+           Case{"8000", 4, " C0 ", "C0"},
+           Case{"8000", 2, " C", "80 C"},  // inside other text a blank may be meant
+           Case{"80", 0, " C000 ", "80C0"},
+           Case{"8000", 0, "C", "8000"},
+       }) {
+    SCOPED_TRACE(tCase.sPasted);
+    txt.setText(tCase.sBefore);
+    txt.setSelection(static_cast<int>(txt.text().size()) - tCase.lSelected, tCase.lSelected);
+    QApplication::clipboard()->setText(tCase.sPasted);
+    fnPaste();
+    EXPECT_EQ(txt.text().toStdString(), tCase.sAfter);
+  }
+
+  QMimeData tDropped;
+  tDropped.setText(" C000 ");
+  for (const bool bFull : {true, false}) {
+    txt.setText(bFull ? "8000" : "");
+    const QImage tBefore = txt.grab().toImage();
+    QDragEnterEvent tEnter(QPoint(5, 5), Qt::CopyAction, &tDropped, Qt::LeftButton, {});
+    QApplication::sendEvent(&txt, &tEnter);
+    EXPECT_EQ(tEnter.isAccepted(), !bFull);
+    if (bFull) {
+      EXPECT_EQ(txt.grab().toImage(), tBefore);  // no mark of where it would go
+      continue;
+    }
+    QDropEvent tDrop(QPointF(5, 5), Qt::CopyAction, &tDropped, Qt::LeftButton, {});
+    QApplication::sendEvent(&txt, &tDrop);
+    EXPECT_EQ(txt.text(), "C000");
   }
 }
 
