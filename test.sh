@@ -89,7 +89,8 @@ DebianPackage() {
   Build run && sPackage="$(Package run '*.deb')" || return 1
   Holds "$(dpkg-deb --contents "$sPackage")" bin/varnel-disass bin/varnel-emulator bin/varnel-z80 \
     man1/varnel-{disass,emulator,z80}.1 applications/varnel-disass.desktop apps/varnel.svg &&
-    dpkg-deb --field "$sPackage" Depends | grep -q libqt6widgets6 || return 1
+    dpkg-deb --field "$sPackage" Depends | grep -q libqt6widgets6 &&
+    desktop-file-validate packaging/varnel-disass.desktop || return 1
   if [ "$(id -u)" -ne 0 ]; then
     echo "NOT RUN: only root can install the package and remove it again"
     return

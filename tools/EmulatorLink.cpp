@@ -9,6 +9,7 @@
 #include "config/modALLProcessFolders.h"
 #include "link/modALLProcessEvents.h"
 #include "link/modALLSharedMap.h"
+#include "link/modALLSharedMapConfig.h"
 #include "platform/Environment.h"
 #include "platform/ExclusiveFile.h"
 #include "platform/NamedEvent.h"
@@ -38,6 +39,23 @@ std::string NamePrefix(std::string_view sFolder) {
     sPrefix += modALLUtility::HexDigit(static_cast<std::uint32_t>(lHash >> lShift));
   }
   return sPrefix;
+}
+
+/// Whether a temp file names a block that exists and is none of a stand-in's: it is an emulator's
+/// then, and no companion would find that emulator any more if the file were replaced.
+bool NamesOthersBlock(const std::string& sTempFile, const std::string& sPrefix) {
+  const platform::FileText tFile = platform::ReadFileText(sTempFile);
+  if (tFile.eOutcome != platform::FileText::Outcome::Read) return false;
+  std::string sBlock;
+  try {
+    sBlock = ParseConfigText(tFile.sText).asText[RAM_BLOCK];
+  } catch (const RuntimeError&) {
+    return false;
+  }
+  std::uint32_t hBlock = sBlock.starts_with(sPrefix) ? 0 : platform::OpenNamedMemory(sBlock);
+  const bool bExists = hBlock != 0;
+  CloseHandleAndClear(hBlock);
+  return bExists;
 }
 
 void NameObjects(const std::string& sPrefix) {
@@ -83,15 +101,22 @@ bool EmulatorLink::Open(std::string& sError) {
   sIconFile =
       sFolder + platform::PATH_SEPARATOR + "wnd_form_icon_" + std::to_string(ICON_NUMBER) + ".ico";
   sLockFile = sFolder + platform::PATH_SEPARATOR + "VARNEL-emulator.lock";
+  const std::string sPrefix = NamePrefix(sFolder);
+  if (NamesOthersBlock(sTempFile, sPrefix)) {
+    bTaken = true;
+    sError = "an emulator runs for this user, by " + sTempFile;
+    return false;
+  }
   hLock = platform::OpenExclusiveFile(sLockFile);
   if (hLock == 0) {
+    bTaken = true;
     sError = "another stand-in runs for this user, or this cannot be written: " + sLockFile;
     return false;
   }
   // What a stand-in left that was killed: nobody may start on it while the blocks change.
   RemoveFile(sTempFile);
   RemoveFile(sIconFile);
-  NameObjects(NamePrefix(sFolder));
+  NameObjects(sPrefix);
   return OpenBlocks(sError) && OpenEvents(sError);
 }
 

@@ -23,6 +23,9 @@ class EmulatorLink {
   /// @return false with the message in sError
   bool Publish(const std::string& sIcon, std::string& sError);
 
+  /// Whether Open failed since the emulator's side is taken, by an emulator or another stand-in.
+  bool IsTaken() const { return bTaken; }
+
   /// Where the configuration temp file is.
   const std::string& TempFile() const { return sTempFile; }
 
@@ -31,6 +34,7 @@ class EmulatorLink {
   bool OpenEvents(std::string& sError);
 
   std::uint32_t hLock = 0;
+  bool bTaken = false;
   std::string sLockFile;
   std::string sTempFile;
   std::string sIconFile;

@@ -60,7 +60,9 @@ bool ParseEmulatorOptions(const std::vector<std::string>& asArgument, EmulatorOp
       if (bLast) sError = "no program behind --";
       return !bLast;
     }
-    if (sArgument.starts_with('-')) {
+    if (sArgument == "--join") {
+      tOptions.bJoin = true;
+    } else if (sArgument.starts_with('-')) {
       if (bLast || !TakeOption(sArgument, asArgument[++lIndex], tOptions)) {
         sError = "no such option, or not with this value: " + sArgument +
                  (bLast ? "" : " " + asArgument[lIndex]);
@@ -73,5 +75,6 @@ bool ParseEmulatorOptions(const std::vector<std::string>& asArgument, EmulatorOp
       return false;
     }
   }
-  return true;
+  if (tOptions.bJoin) sError = "--join needs a program behind --";
+  return !tOptions.bJoin;
 }

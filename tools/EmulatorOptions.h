@@ -24,6 +24,7 @@ struct EmulatorOptions {
   std::vector<Range> atProtect;
   std::string sIcon;  ///< empty: none
   std::vector<File> atFile;
+  bool bJoin = false;                  ///< where an emulator runs, only the program is wanted
   std::vector<std::string> asProgram;  ///< empty: none
 };
 

@@ -36,7 +36,8 @@ constexpr std::size_t BYTES_PER_LINE = 16;
 
 constexpr std::string_view HELP =
     R"(Usage: varnel-emulator [--show HEX] [--protect HEX-HEX]... [--icon FILE]
-                       [--sample HEX] [FILE[@HEX]...] [-- PROGRAM ARG...]
+                       [--sample HEX] [FILE[@HEX]...]
+                       [[--join] -- PROGRAM ARG...]
        varnel-emulator -h | --help | --version
 
 Stands in for the emulator on the other side of the Varnel disassembler's
@@ -51,6 +52,8 @@ it does. HEX is a number from 0 to FFFF without prefix or suffix.
                      first FILE, or else the sample, was loaded)
   --icon FILE        the icon of the windows
   -- PROGRAM ARG...  start a program, and end with it and with its exit status
+  --join             where an emulator or another stand-in runs already, only
+                     start PROGRAM, for that one
 
 Commands are read from standard input; "help" lists them. It runs until "quit",
 the end of PROGRAM, or SIGINT or SIGTERM; the end of the input ends nothing.
@@ -126,11 +129,12 @@ class Emulator {
 
 bool Emulator::Start(const EmulatorOptions& tOptions) {
   std::string sError;
-  if (!Prepare(tOptions, sError)) {
+  if (Prepare(tOptions, sError)) {
+    Say("ready");
+  } else if (!tOptions.bJoin || !tLink.IsTaken()) {
     Complain(sError);
     return false;
   }
-  Say("ready");
   if (!tOptions.asProgram.empty()) {
     hProcess = platform::StartProcess(tOptions.asProgram, sError);
     if (hProcess == 0) Complain("cannot start " + tOptions.asProgram.front() + ": " + sError);
@@ -170,7 +174,7 @@ void Emulator::Remember(std::int32_t lFirst, std::int32_t lCount) {
 }
 
 int Emulator::Run() {
-  bool bInput = true;
+  bool bInput = !tLink.IsTaken();  // commands are for a memory of one's own
   for (;;) {
     // What was done last is still to be reported when the end has come.
     const auto lRequested = platform::EndRequested();

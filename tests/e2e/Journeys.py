@@ -3,6 +3,7 @@
 Each journey is one user's session on a screen of its own. What the emulator reports, what stands in
 its memory and what the program saves is the proof. "Stress ... --minutes 60" goes on for an hour.
 """
+import configparser
 import fcntl
 import os
 import random
@@ -568,6 +569,32 @@ def Signals(t):
         t.tProgram.send_signal(signal.SIGTERM)
         assert t.tProgram.wait(20) in (0, -signal.SIGTERM), t.tProgram.returncode
     t.Open()
+    t.End()
+
+
+def DesktopEntry(t):
+    """The package's desktop entry and its action, as a desktop starts them: nobody types or reads."""
+    tEntry = configparser.RawConfigParser()
+    tEntry.read(Path(__file__).parents[2] / "packaging/varnel-disass.desktop")
+    t.tDesktop.colEnvironment["PATH"] = ":".join(
+        [*(os.path.dirname(sProgram) for sProgram in (t.sEmulator, t.sDisass)), os.environ["PATH"]])
+
+    def Launch(sGroup):
+        t.tProgram = t.tDesktop.Start(tEntry[sGroup]["Exec"].split())
+        t.Listed()
+
+    Launch("Desktop Entry")
+    assert t.frm.Listing().startswith(b"8000 ")
+    t.frm.Close()
+    assert t.tProgram.wait(20) == 0 and not os.path.exists(t.tSystem.sTempFile)
+    # Where an emulator runs, both lead to it.
+    t.Emulate("--sample", "C000")
+    Launch("Desktop Action window")
+    t.ExpectListing(0xC000, 0xE000)
+    t.frm.Close()
+    t.tEmulator.Expect("program 12 closed")
+    Launch("Desktop Entry")
+    t.ExpectListing(0xC000, 0xE000)
     t.End()
 
 

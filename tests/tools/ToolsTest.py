@@ -3,6 +3,7 @@
 import os
 import re
 import select
+import shutil
 import signal
 import stat
 import subprocess
@@ -141,6 +142,14 @@ def TestEmulator():
     tSecond = Run(EMULATOR, env=colEnvironment)
     assert tSecond.returncode == 2 and b"another stand-in" in tSecond.stderr, tSecond
 
+    # An emulator that uses another folder's names keeps its temp file.
+    sOther = tempfile.mkdtemp()
+    os.mkdir(sOther + "/VARNEL")
+    shutil.copy(tEmulator.TempFile(), sOther + "/VARNEL")
+    tSecond = Run(EMULATOR, env={**colEnvironment, "TEMP": sOther})
+    assert tSecond.returncode == 2 and b"an emulator runs" in tSecond.stderr, tSecond
+    assert os.listdir(sOther + "/VARNEL") == ["VARNEL.tmp"]
+
     # Killed and started again, it leaves nothing of before; nor does any other road out.
     for lRound in range(20):
         tEmulator.tProcess.kill()
@@ -159,7 +168,7 @@ def TestEmulator():
     tEmulator = Emulator("--", "sh", "-c", "sleep 0.3; exit 7", sTemp=sTemp)
     tEmulator.tProcess.stdin.close()  # no end while the program runs
     tEmulator.End(7)
-    for asArgument in (["--", "/missing"], ["--"], ["--show"], ["--protect", "2-1"], ["--x", "1"],
+    for asArgument in (["--", "/missing"], ["--"], ["--join"], ["--show"], ["--protect", "2-1"], ["--x", "1"],
                        [sFile], ["--icon", "/missing"], ["--sample", "FF80"]):
         tRun = Run(EMULATOR, *asArgument, env=colEnvironment)
         assert tRun.returncode == 2 and tRun.stderr.startswith(b"varnel-emulator: "), tRun
