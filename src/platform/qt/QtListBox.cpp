@@ -1,7 +1,6 @@
 #include "platform/qt/QtListBox.h"
 
 #include <QAbstractListModel>
-#include <QAccessible>
 #include <QFontMetrics>
 #include <QGlyphRun>
 #include <QGuiApplication>
@@ -16,6 +15,7 @@
 #include <cmath>
 
 #include "platform/ListText.h"
+#include "platform/qt/QtAccessible.h"
 #include "platform/qt/QtForm.h"
 
 namespace platform::qt {
@@ -261,11 +261,13 @@ void ListView::scrollTo(const QModelIndex& tIndex, ScrollHint /*eHint*/) {
 /// QListView would measure every line here.
 void ListView::doItemsLayout() { updateGeometries(); }
 
-void ListView::currentChanged(const QModelIndex& tCurrent, const QModelIndex& /*tPrevious*/) {
-  if (!QAccessible::isActive() || !tCurrent.isValid() || !hasFocus()) return;
-  QAccessibleEvent tFocus(this, QAccessible::Focus);
-  tFocus.setChild(tCurrent.row());
-  QAccessible::updateAccessibility(&tFocus);
+void ListView::currentChanged(const QModelIndex& /*tCurrent*/, const QModelIndex& /*tPrevious*/) {
+  ReportFocusOnLine(*this);
+}
+
+void ListView::focusInEvent(QFocusEvent* pEvent) {
+  QListView::focusInEvent(pEvent);
+  ReportFocusOnLineSoon(*this);
 }
 
 void ListView::scrollContentsBy(int lX, int lY) {

@@ -46,6 +46,7 @@ class ListView final : public QListView {
 
  protected:
   void currentChanged(const QModelIndex& tCurrent, const QModelIndex& tPrevious) override;
+  void focusInEvent(QFocusEvent* pEvent) override;
   void updateGeometries() override;
   void scrollContentsBy(int lX, int lY) override;
   void paintEvent(QPaintEvent* pEvent) override;

@@ -32,6 +32,7 @@ void QtMenus::Add(const MenuDesign& tDesign) {
     tEntry.mnuOwn = new QMenu(&frm);
     pItem = tEntry.mnuOwn->menuAction();
     if (tEntry.mnuParent != nullptr) tEntry.mnuParent->addMenu(tEntry.mnuOwn);
+    tEntry.mnuOwn->setWindowTitle(TextOf(tDesign.sCaption));  // its name for assistive tools
     if (tEntry.mnuParent == nullptr && tDesign.eKind == MenuKind::Menu)
       mnuBar->addMenu(tEntry.mnuOwn);
   } else if (tDesign.eKind == MenuKind::Separator) {

@@ -14,6 +14,7 @@
 #include "platform/StandardStreams.h"
 #include "platform/ToolkitFactory.h"
 #include "platform/linux/EndSignals.h"
+#include "platform/qt/QtAccessible.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtForm.h"
 #include "platform/qt/QtMetrics.h"
@@ -111,6 +112,7 @@ QtToolkit::QtToolkit(int& lArgc, char** asArgv)
     : tApplication(lArgc, asArgv), tEndSignal(CatchFirstEndSignal(), QSocketNotifier::Read) {
   // Forms are drawn for controls of the usual heights, which not every desktop's style keeps to.
   if (qEnvironmentVariableIsEmpty("QT_STYLE_OVERRIDE")) QApplication::setStyle("Fusion");
+  InstallAccessibility();
   QApplication::setQuitOnLastWindowClosed(false);  // unseen forms count, too
   tmrSweep.setSingleShot(true);
   QObject::connect(&tmrSweep, &QTimer::timeout, &tmrSweep, [this]() { Sweep(); });
