@@ -46,6 +46,9 @@ bool SameText(std::string_view sLeft, std::string_view sRight) {
   return std::ranges::equal(sLeft, sRight, {}, modALLUtility::UpperCase, modALLUtility::UpperCase);
 }
 
+/// What the editor is called over the line of an address, for who cannot see where it stands.
+std::string EditorName(std::int32_t lAddress) { return "Instruction at " + Hex4(lAddress); }
+
 }  // namespace
 
 bool frmDisass::txtAsm_KeyDown(std::int16_t iKeyCode) {
@@ -118,6 +121,7 @@ void frmDisass::CloseAsmEditor(bool bFocusList) {
 }
 
 void frmDisass::ReturnToEditor() {
+  txtAsm->SetAccessibleName(EditorName(lEditAddr));
   txtAsm->SetFocus();
   txtAsm->SelectAll();
 }
@@ -169,7 +173,9 @@ void frmDisass::AssembleAndWrite() {
   const std::int32_t lCurrent = modDISListing::CountLineBytes(sLine);
   std::int32_t lWrite = lCurrent;
 
-  if (!SameText(sNew, modDISListing::LineInstruction(sLine))) {
+  const bool bWritten = !SameText(sNew, modDISListing::LineInstruction(sLine));
+
+  if (bWritten) {
     modDISAsm::AsmBytes tBytes;
     std::string sError;
     if (!modDISAsm::AsmAssemble(sNew, lAddress, tBytes, sError)) {
@@ -201,6 +207,13 @@ void frmDisass::AssembleAndWrite() {
   const std::int32_t lNext = lAddress + lWrite;
   if (tListing.InRange(lNext)) {
     EditAtAddress(lNext);
+    if (const std::int32_t lWritten = tListing.LineStartingAt(lAddress);
+        bWritten && lWritten >= 0) {
+      txtAsm->SetAccessibleName(
+          "Written at " + Hex4(lAddress) + ": " +
+          std::string(modDISListing::LineInstruction(tListing.Line(lWritten))) + ". " +
+          EditorName(lEditAddr));
+    }
   } else {
     CloseAsmEditor(true);
   }

@@ -103,6 +103,8 @@ class TextBox : public virtual Control {
   virtual std::string Text() const = 0;
   virtual void SetText(std::string_view sText) = 0;  ///< cut at the maximum length
   virtual void SelectAll() = 0;
+  /// What assistive tools call it from now on; one that has the focus is announced by that name.
+  virtual void SetAccessibleName(std::string_view sName) = 0;
 };
 
 class CheckBox : public virtual Control {

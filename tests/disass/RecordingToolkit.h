@@ -82,6 +82,7 @@ class Form final : public platform::Form, public std::enable_shared_from_this<Fo
       bAllSelected = false;
     }
     void SelectAll() override { frm.CheckAlive(), bAllSelected = true; }
+    void SetAccessibleName(string_view /*sName*/) override { frm.CheckAlive(); }
     bool Checked() const override { return bChecked; }
     void SetLines(const platform::ListLines* pNew) override {
       Note(pNew != nullptr ? "fill " : "clear ");

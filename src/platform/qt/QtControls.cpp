@@ -17,6 +17,7 @@
 #include <array>
 #include <utility>
 
+#include "platform/qt/QtAccessible.h"
 #include "platform/qt/QtForm.h"
 #include "platform/qt/QtListBox.h"
 
@@ -255,8 +256,15 @@ class QtTextBox final : public ControlOn<TextBox, QLineEdit> {
  public:
   using ControlOn::ControlOn;
   std::string Text() const override { return tWidget.text().toStdString(); }
-  void SetText(std::string_view sText) override { tWidget.setText(TextOf(sText)); }
-  void SelectAll() override { tWidget.selectAll(); }
+  void SetText(std::string_view sText) override {
+    const UntoldChange tUntold;
+    tWidget.setText(TextOf(sText));
+  }
+  void SelectAll() override {
+    const UntoldChange tUntold;
+    tWidget.selectAll();
+  }
+  void SetAccessibleName(std::string_view sName) override { RenameField(tWidget, TextOf(sName)); }
 };
 
 // ---- Check boxes and buttons --------------------------------------------------------------------

@@ -208,6 +208,22 @@ class EditWindow final : public TextBox, public ControlWindow {
 
   void SelectAll() override { ::SendMessageA(Handle(), EM_SETSEL, 0, -1); }
 
+  /// MSAA calls an edit control by the label right before it in the z-order. Where the design has
+  /// no such label, this one without a size is it.
+  void SetAccessibleName(std::string_view sName) override {
+    if (hName == nullptr)
+      hName = ::CreateWindowExW(0, L"STATIC", nullptr, WS_CHILD | WS_VISIBLE | SS_NOPREFIX, 0, 0, 0,
+                                0, frm.Window(), nullptr, nullptr, nullptr);
+    ::SetWindowTextW(hName, WideOf(sName).c_str());
+    KeepNameBefore();
+    ::NotifyWinEvent(EVENT_OBJECT_NAMECHANGE, Handle(), OBJID_CLIENT, CHILDID_SELF);
+  }
+
+  void BringToFront() override {
+    ControlWindow::BringToFront();
+    KeepNameBefore();
+  }
+
   HBRUSH Background(HDC hSurface) const override {
     if (hBackground == nullptr) return nullptr;
     ::SetTextColor(hSurface, RGB(0, 0, 0));
@@ -277,9 +293,17 @@ class EditWindow final : public TextBox, public ControlWindow {
     SetOutset({tStart.x - tWindow.left, tStart.y - tWindow.top - ::GetSystemMetrics(SM_CYEDGE)});
   }
 
+  void KeepNameBefore() const {
+    constexpr UINT ORDER_ONLY = SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE;
+    if (hName == nullptr) return;
+    ::SetWindowPos(hName, Handle(), 0, 0, 0, 0, ORDER_ONLY);
+    ::SetWindowPos(Handle(), hName, 0, 0, 0, 0, ORDER_ONLY);
+  }
+
   LONG lMaxLength;
   std::int32_t lBackColor;
   OwnedBrush hBackground;
+  HWND hName = nullptr;  // which goes with the form's window
 };
 
 }  // namespace
