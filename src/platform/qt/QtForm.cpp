@@ -136,6 +136,17 @@ void QtForm::SetFocus() {
   if (!isVisible()) return;
   tToolkit.NoteOwnAction();
   activateWindow();
+  // On Wayland only the window that has the keyboard can hand it on, and while a menu's click is
+  // handled none has it: its own window gets it back first.
+  if (QGuiApplication::focusWindow() == nullptr &&
+      QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
+    QObject::connect(
+        qApp, &QGuiApplication::focusWindowChanged, this,
+        [this]() {
+          if (isVisible() && tToolkit.FollowsOwnAction()) activateWindow();
+        },
+        static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+  }
 }
 
 void QtForm::TakeFocusTo(QWidget& tWidget) {
