@@ -48,7 +48,7 @@ void QtForm::BuildControls(const FormDesign& tDesign) {
   const ControlFonts tFonts{FormFont(tDesign), ListingFont(tDesign)};
   setFont(tFonts.tForm);
   // Said in full, or the bar would take the form's narrow face, unlike its menus.
-  QFont tBarFont = QApplication::font("QMenuBar");
+  QFont tBarFont = QApplication::font(&tMenus.Bar());
   tBarFont.setResolveMask(QFont::AllPropertiesResolved);
   tMenus.Bar().setFont(tBarFont);
   std::map<std::int16_t, QWidget*> colTab;
@@ -138,8 +138,7 @@ void QtForm::SetFocus() {
   activateWindow();
   // On Wayland only the window that has the keyboard can hand it on, and while a menu's click is
   // handled none has it: its own window gets it back first.
-  if (QGuiApplication::focusWindow() == nullptr &&
-      QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
+  if (QGuiApplication::focusWindow() == nullptr && QtToolkit::OnWayland()) {
     QObject::connect(
         qApp, &QGuiApplication::focusWindowChanged, this,
         [this]() {

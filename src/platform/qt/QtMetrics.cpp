@@ -78,7 +78,7 @@ QRect PixelsOf(const TwipsRect& tPlace) {
 }
 
 QFont FormFont(const FormDesign& tDesign) {
-  QFont tFont = QApplication::font();
+  QFont tFont = QApplication::font("QWidget");
   tFont.setPointSizeF(FORM_POINTS);
   // A condensed face of the family may not be exactly as narrow as asked: the fit is measured.
   int lStretch = static_cast<int>(100 * CaptionFit(tDesign, tFont));

@@ -113,6 +113,16 @@ QtToolkit::QtToolkit(int& lArgc, char** asArgv)
   // Forms are drawn for controls of the usual heights, which not every desktop's style keeps to.
   if (qEnvironmentVariableIsEmpty("QT_STYLE_OVERRIDE")) QApplication::setStyle("Fusion");
   InstallAccessibility();
+  if (OnWayland()) {
+    // Where the compositor leaves the title bar to Qt, that cuts a caption's end off, where the
+    // window's number is, and knows no other font than the one of what is no widget.
+    constexpr int CAPTION_STRETCH = 80;
+    const QFont tUsual = QApplication::font();
+    QFont tCaption = tUsual;
+    tCaption.setStretch(CAPTION_STRETCH);
+    QApplication::setFont(tCaption);
+    QApplication::setFont(tUsual, "QWidget");
+  }
   QApplication::setQuitOnLastWindowClosed(false);  // unseen forms count, too
   tmrSweep.setSingleShot(true);
   QObject::connect(&tmrSweep, &QTimer::timeout, &tmrSweep, [this]() { Sweep(); });
@@ -146,6 +156,10 @@ void QtToolkit::Run() {
 void QtToolkit::SweepLater() {
   tmrSweep.start();
   if (bRunning && Forms().empty()) QApplication::exit();
+}
+
+bool QtToolkit::OnWayland() {
+  return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
 void QtToolkit::CloseAll() {

@@ -43,6 +43,8 @@ class QtToolkit final : public ToolkitCore {
 
   void SweepLater() override;
 
+  static bool OnWayland();  ///< where the compositor alone places windows and hands on the focus
+
   std::uint32_t AddList();  ///< a new list's window handle
   void RemoveList(std::uint32_t hWnd);
   /// Tells a list's window procedure of a scroll that has been made.
