@@ -40,6 +40,11 @@ inline constexpr std::int32_t WINDOW_LEFT = 9195;
 inline constexpr std::int32_t WINDOW_HEIGHT = 8415;
 inline constexpr std::int32_t WINDOW_WIDTH = 6375;
 
+// The least room inside the window: both address fields, enough of "Disassemble again" to press it,
+// the listing up to the instruction column, and some five lines.
+inline constexpr std::int32_t SMALLEST_WIDTH = 5100;
+inline constexpr std::int32_t SMALLEST_HEIGHT = 2400;
+
 /// Most characters of the editor: the width of the listing's instruction column.
 inline constexpr std::int16_t EDITOR_LENGTH = 19;
 
@@ -133,6 +138,7 @@ inline constexpr platform::FormDesign FORM{
     .dListingPoints = 9.75,
     .iListingColumns = 49,  // address, bytes, instruction and the characters of four bytes
     .lListingWidth = 6015,  // in a window of the design width with a frame of 60 twips a side
+    .tSmallest = {SMALLEST_WIDTH, SMALLEST_HEIGHT},
     .iTimerInterval = 100,
 };
 

@@ -75,6 +75,7 @@ struct FormDesign {
   double dListingPoints;          ///< wanted size in points, bold
   std::int16_t iListingColumns;   ///< characters of a line that must be visible ...
   std::int32_t lListingWidth;     ///< ... in a list this wide, without scrolling sideways
+  Size tSmallest;                 ///< least room for the controls, in twips
   std::int16_t iTimerInterval;    ///< the form's timer, in milliseconds; disabled at load
 };
 

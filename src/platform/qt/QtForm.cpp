@@ -51,6 +51,8 @@ void QtForm::BuildControls(const FormDesign& tDesign) {
   QFont tBarFont = QApplication::font(&tMenus.Bar());
   tBarFont.setResolveMask(QFont::AllPropertiesResolved);
   tMenus.Bar().setFont(tBarFont);
+  setMinimumSize(PixelsX(tDesign.tSmallest.lWidth),
+                 tMenus.BarHeight() + PixelsY(tDesign.tSmallest.lHeight));
   std::map<std::int16_t, QWidget*> colTab;
   for (const ControlDesign& tControl : tDesign.atControl) {
     BuiltControl tBuilt = BuildControl(*this, *pClient, tControl, tFonts);

@@ -55,6 +55,7 @@ std::vector<HWND> DialogsOf(HWND hOwner) {
 WinForm::WinForm(WinToolkit& tItsToolkit, const FormDesign& tDesign,
                  std::shared_ptr<FormEvents> pLogic)
     : FormCore(tItsToolkit, tDesign.sName, std::move(pLogic)),
+      tSmallest(tDesign.tSmallest),
       lTimerInterval(static_cast<UINT>(tDesign.iTimerInterval)),
       tMenus(tDesign.atMenu),
       hFont(FormFont(tDesign)),
@@ -338,6 +339,9 @@ LRESULT WinForm::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
     case WM_SETFOCUS:
       RestoreFocus();
       return 0;
+    case WM_GETMINMAXINFO:
+      LimitTracking(*reinterpret_cast<MINMAXINFO*>(lParam));
+      return 0;
     case WM_SIZE:
       ReportResize();
       return 0;
@@ -394,6 +398,13 @@ void WinForm::ReportMenuClick(WORD iCommand) {
   Deliver([tEntry = WinMenus::EntryOf(iCommand)](FormEvents& tEvents) {
     tEvents.MenuClick(tEntry.first, tEntry.second);
   });
+}
+
+/// Neither the user nor the program makes the window smaller than its design allows.
+void WinForm::LimitTracking(MINMAXINFO& tLimits) const {
+  RECT tOuter = {0, 0, PixelsOf(tSmallest.lWidth), PixelsOf(tSmallest.lHeight)};
+  ::AdjustWindowRect(&tOuter, WINDOW_STYLE, tMenus.Bar() != nullptr ? TRUE : FALSE);
+  tLimits.ptMinTrackSize = {tOuter.right - tOuter.left, tOuter.bottom - tOuter.top};
 }
 
 /// A wheel turned over a control that stands on a list, such as an in-place editor, is the list's.

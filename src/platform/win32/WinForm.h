@@ -66,6 +66,7 @@ class WinForm final : public FormCore {
   LRESULT OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam);
   void OnCommand(WPARAM wParam, LPARAM lParam);
   void ReportMenuClick(WORD iCommand);
+  void LimitTracking(MINMAXINFO& tLimits) const;
   bool OnWheel(WPARAM wParam, LPARAM lParam);
   ControlWindow* ControlAt(WORD iControl) const;
   PixelPlace OuterPlace() const override;
@@ -75,6 +76,7 @@ class WinForm final : public FormCore {
   void RestoreFocus();
   void CloseDialogs();
 
+  Size tSmallest;
   UINT lTimerInterval;
   WinMenus tMenus;
   OwnedFont hFont;
