@@ -183,4 +183,9 @@ void FormCore::ReportResize() {
   Deliver([](FormEvents& tEvents) { tEvents.Resize(); });
 }
 
+void FormCore::ReportResizeAgain() {
+  alReportedSize.reset();
+  ReportResize();
+}
+
 }  // namespace platform

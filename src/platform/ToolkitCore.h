@@ -119,6 +119,8 @@ class FormCore : public Form, public std::enable_shared_from_this<FormCore> {
   /// Reports a resize when size or state are not what was reported last; nothing before the form
   /// was shown.
   void ReportResize();
+  /// Reports a resize even so: the form had asked for something that had to wait.
+  void ReportResizeAgain();
   void NoteShown() { bShown = true; }
 
  private:

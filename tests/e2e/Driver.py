@@ -144,17 +144,18 @@ def System(sFolder, sProgram):
 class Desktop:
     """An X server and a window manager of the run's own, and all that runs on them."""
 
-    def __init__(self, tSystem, asServer=()):
+    def __init__(self, tSystem, asServer=(), asManager=("openbox", "--sm-disable"),
+                 sScreen="1600x1200x24"):
         self.tSystem, self.atProcess, self.tScreen = tSystem, [], None
         self.colEnvironment = tSystem.Environment()
         lRead, lWrite = os.pipe()
-        self.Start(["Xvfb", "-displayfd", str(lWrite), "-screen", "0", "1600x1200x24", "-dpi",
+        self.Start(["Xvfb", "-displayfd", str(lWrite), "-screen", "0", sScreen, "-dpi",
                     "96", "-nolisten", "tcp", "-noreset", "-fbdir", tSystem.sFolder, *asServer],
                    pass_fds=[lWrite])
         os.close(lWrite)
         with os.fdopen(lRead) as tNumber:
             self.colEnvironment["DISPLAY"] = ":" + tNumber.readline().strip()
-        self.Start(["openbox", "--sm-disable"])
+        self.Start(asManager)
         Until(lambda: self.Ask("get_num_desktops"), "the window manager")
 
     def Start(self, asCommand, **colMore):

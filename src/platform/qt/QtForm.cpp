@@ -8,6 +8,7 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QListView>
+#include <QScopeGuard>
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QWheelEvent>
@@ -35,7 +36,9 @@ QtForm::QtForm(QtToolkit& tItsToolkit, const FormDesign& tDesign,
   tmrForm.setInterval(tDesign.iTimerInterval);
   QObject::connect(&tmrForm, &QTimer::timeout, this,
                    [this]() { Deliver([](FormEvents& tEvents) { tEvents.Timer(); }); });
-  tWanted = {x(), y(), width(), height()};
+  tmrPlacing.setInterval(QtPlacing::TICK_MS);
+  QObject::connect(&tmrPlacing, &QTimer::timeout, this, &QtForm::LetPlacingTick);
+  tPlacing.Ask(geometry());
 }
 
 QtForm::~QtForm() {
@@ -72,22 +75,68 @@ void QtForm::SetCaption(std::string_view sCaption) { setWindowTitle(TextOf(sCapt
 
 // ---- Place --------------------------------------------------------------------------------------
 
+QMargins QtForm::Frame() const {
+  return windowHandle() != nullptr ? windowHandle()->frameMargins() : QMargins();
+}
+
 QtForm::PixelPlace QtForm::OuterPlace() const {
-  if (!bFrameKnown) return tWanted;
-  const QRect tPlace = geometry().marginsAdded(windowHandle()->frameMargins());
+  const QRect tPlace = tPlacing.Outer(geometry(), Frame());
   return {tPlace.left(), tPlace.top(), tPlace.width(), tPlace.height()};
 }
 
+/// A minimized or maximized window keeps its place.
 void QtForm::SetOuterPlace(const PixelPlace& tPlace) {
-  tToolkit.NoteOwnAction();
+  if (isVisible() && State() != WindowState::Normal) return;
   // Windows, too, limits a window to the size of the desktop.
   const QSize tMost = QGuiApplication::primaryScreen()->virtualSize();
-  tWanted = {tPlace.lLeft, tPlace.lTop, std::min(tPlace.lWidth, tMost.width()),
-             std::min(tPlace.lHeight, tMost.height())};
+  if (tPlacing.Ask({tPlace.lLeft, tPlace.lTop, std::min(tPlace.lWidth, tMost.width()),
+                    std::min(tPlace.lHeight, tMost.height())})) {
+    RequestPlace();
+  }
+}
+
+/// Passes an asked place on, once more when the frame turns out to be another.
+void QtForm::RequestPlace() {
   if (isVisible() && State() != WindowState::Normal) return;
-  const QMargins tFrame = windowHandle() != nullptr ? windowHandle()->frameMargins() : QMargins();
-  move(tWanted.lLeft, tWanted.lTop);
-  resize(QSize(tWanted.lWidth, tWanted.lHeight).shrunkBy(tFrame).expandedTo(QSize(0, 0)));
+  const std::optional<QRect> tOuter = tPlacing.Request(Frame());
+  if (!tOuter.has_value()) return;
+  tToolkit.NoteOwnAction();
+  const QSize tClient = tOuter->size().shrunkBy(Frame()).expandedTo(minimumSize());
+  if (!isVisible()) {
+    move(tOuter->topLeft());
+    resize(tClient);
+    return;
+  }
+  // The widget learns from the window system alone how large it is: asked itself, it would take the
+  // size for granted, and where that is refused, it would hear of nothing.
+  const QPoint tCorner(Frame().left(), Frame().top());
+  windowHandle()->setGeometry(QRect(tOuter->topLeft() + tCorner, tClient));
+  tmrPlacing.start();
+}
+
+/// The window is not what it was, by whosever doing.
+void QtForm::NoteChange() {
+  tPlacing.Changed();
+  if (!WasShown()) return;
+  tmrPlacing.start();
+  RequestPlace();
+}
+
+void QtForm::ReportChange() {
+  NoteChange();
+  tPlacing.BeginReport();
+  const auto tEnd = qScopeGuard([this]() { tPlacing.EndReport(); });
+  ReportResize();
+}
+
+void QtForm::LetPlacingTick() {
+  RequestPlace();
+  if (!tPlacing.Tick()) return;
+  tmrPlacing.stop();
+  // A size that the window system gives while another one is asked for is lost on the widget: Qt has
+  // it look at what was asked for, and tells nothing when that is refused.
+  if (windowHandle()->geometry() != geometry()) setGeometry(windowHandle()->geometry());
+  if (tPlacing.TakeWaiting()) ReportResizeAgain();
 }
 
 QRect QtForm::ClientPlace() const {
@@ -102,13 +151,15 @@ Size QtForm::InnerPixels() const {
 
 WindowState QtForm::State() const {
   if (isMinimized()) return WindowState::Minimized;
-  return isMaximized() ? WindowState::Maximized : WindowState::Normal;
+  // One that fills the screen is not at a place that the user gave it, either.
+  return isMaximized() || isFullScreen() ? WindowState::Maximized : WindowState::Normal;
 }
 
 void QtForm::SetState(WindowState eState) {
   if (IsUnloaded() || eState == State()) return;
   tToolkit.NoteOwnAction();
-  Qt::WindowStates tStates = windowState() & ~(Qt::WindowMinimized | Qt::WindowMaximized);
+  Qt::WindowStates tStates =
+      windowState() & ~(Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen);
   if (eState == WindowState::Minimized) tStates |= Qt::WindowMinimized;
   if (eState == WindowState::Maximized) tStates |= Qt::WindowMaximized;
   setWindowState(tStates);
@@ -236,6 +287,7 @@ int QtForm::RunDialog(QDialog& tDialog) {
 
 void QtForm::Vanish() {
   tmrForm.stop();
+  tmrPlacing.stop();
   const std::vector<QDialog*> apOpen = apDialog;
   for (QDialog* pDialog : apOpen) pDialog->reject();
   for (QMenu* mnuOpen : findChildren<QMenu*>()) mnuOpen->close();
@@ -285,13 +337,7 @@ bool QtForm::FrameWasPressed() const {
 bool QtForm::eventFilter(QObject* pWatched, QEvent* pEvent) {
   switch (pEvent->type()) {
     case QEvent::Expose:
-      // A window manager says how wide its frame is only once the window stands in it.
-      if (!bFrameKnown && windowHandle()->isExposed()) {
-        Post([this](FormEvents&) {
-          SetOuterPlace(tWanted);
-          bFrameKnown = true;
-        });
-      }
+      NoteChange();
       break;
     case QEvent::KeyPress:
     case QEvent::MouseButtonPress:
@@ -306,7 +352,7 @@ bool QtForm::eventFilter(QObject* pWatched, QEvent* pEvent) {
 
 void QtForm::changeEvent(QEvent* pEvent) {
   QWidget::changeEvent(pEvent);
-  if (pEvent->type() == QEvent::WindowStateChange) ReportResize();
+  if (pEvent->type() == QEvent::WindowStateChange) ReportChange();
 }
 
 void QtForm::closeEvent(QCloseEvent* pEvent) {
@@ -316,14 +362,16 @@ void QtForm::closeEvent(QCloseEvent* pEvent) {
 
 void QtForm::moveEvent(QMoveEvent* pEvent) {
   QWidget::moveEvent(pEvent);
-  if (bFrameKnown && pEvent->spontaneous() && FrameWasPressed()) tToolkit.ReportFramePress();
+  NoteChange();
+  if (tPlacing.IsPlaced() && pEvent->spontaneous() && FrameWasPressed())
+    tToolkit.ReportFramePress();
 }
 
 void QtForm::resizeEvent(QResizeEvent* pEvent) {
   QWidget::resizeEvent(pEvent);
   tMenus.Bar().setGeometry(0, 0, width(), tMenus.BarHeight());
   pClient->setGeometry(ClientPlace());
-  ReportResize();
+  ReportChange();
 }
 
 void QtForm::wheelEvent(QWheelEvent* pEvent) {

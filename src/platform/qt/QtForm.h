@@ -11,6 +11,7 @@
 
 #include "platform/ToolkitCore.h"
 #include "platform/qt/QtMenus.h"
+#include "platform/qt/QtPlacing.h"
 #include "platform/qt/QtToolkit.h"
 
 class QDialog;
@@ -76,6 +77,11 @@ class QtForm final : public QWidget, public FormCore {
   void SetOuterPlace(const PixelPlace& tPlace) override;
   Size InnerPixels() const override;
   void Vanish() override;
+  QMargins Frame() const;
+  void RequestPlace();
+  void NoteChange();
+  void ReportChange();
+  void LetPlacingTick();
   QRect ClientPlace() const;
   void RunPosted();
   void ReportActivation();
@@ -87,8 +93,8 @@ class QtForm final : public QWidget, public FormCore {
   QTimer tmrForm;
   std::int16_t iFocus = -1;
   bool bFocusTaken = false;
-  bool bFrameKnown = false;
-  PixelPlace tWanted{};  // the outer place, until the frame is known
+  QtPlacing tPlacing;
+  QTimer tmrPlacing;  // runs until the window is at rest
   std::array<std::uint32_t, 2> ahIcon{};
   std::vector<QDialog*> apDialog;  // open, innermost last
   std::deque<std::function<void(FormEvents&)>> afnPosted;

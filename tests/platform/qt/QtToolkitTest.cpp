@@ -25,9 +25,11 @@
 
 #include "disass/frmDisassDesign.h"
 #include "platform/ToolkitFactory.h"
+#include "platform/qt/QtPlacing.h"
 
 using namespace frmDisassDesign;
 using namespace platform;
+using platform::qt::QtPlacing;
 
 namespace {
 
@@ -542,10 +544,24 @@ TEST_F(QtToolkitTest, PlaceStateAndResize) {
   EXPECT_EQ(frm.Place().dTop, 45);  // whole pixels
   EXPECT_EQ(frm.Place().dHeight, WINDOW_HEIGHT);
   asLog.clear();
-  colDo["Resize"] = [&]() { frm.SetWidth(6000); };  // from within, as a form that limits itself
-  frm.SetWidth(6600);
+  // A form that limits itself waits until it is known whether the window is being maximized.
+  QTest::qWait(2 * QtPlacing::TICK_MS * QtPlacing::REST_TICKS);
+  colDo["Resize"] = [&]() {
+    if (frm.State() == WindowState::Normal && frm.Place().dWidth > 6000) frm.SetWidth(6000);
+  };
+  frm.SetState(WindowState::Maximized);
+  frm.SetState(WindowState::Normal);
+  Widget(frm).windowHandle()->resize(440, 300);
+  Pump();
+  EXPECT_GT(frm.Place().dWidth, 6000);
+  QTest::qWait(2 * QtPlacing::TICK_MS * QtPlacing::REST_TICKS);
   EXPECT_EQ(frm.Place().dWidth, 6000);
   colDo.clear();
+  frm.SetWidth(0);
+  frm.SetHeight(-500);
+  QTest::qWait(2 * QtPlacing::TICK_MS * QtPlacing::REST_TICKS);
+  EXPECT_EQ(frm.InnerSize().lWidth, SMALLEST_WIDTH);
+  EXPECT_EQ(frm.InnerSize().lHeight, SMALLEST_HEIGHT);
   for (const WindowState eState :
        {WindowState::Maximized, WindowState::Minimized, WindowState::Normal}) {
     asLog.clear();
