@@ -20,6 +20,9 @@ if [[ "${1:-}" == -* ]]; then
   exit 2
 fi
 InstallPackages build run
+if [ -n "${WAYLAND_DISPLAY:-}" ] && [ -z "${DISPLAY:-}" ]; then
+  InstallPackages wayland # there is no other display that the window could open on
+fi
 (cd "$sRoot" && cmake --preset run && cmake --build --preset run)
 
 asFile=("$@")
@@ -31,8 +34,9 @@ fi
 asCommand=("$BUILD/tools/varnel-emulator" "${asOption[@]}" "${asFile[@]}"
   -- "$BUILD/src/varnel-disass")
 
-# An X server, that is, Xwayland included: Wayland itself lets no window say where it stands.
-if [ -n "${DISPLAY:-}" ]; then
+# Where there are both a Wayland compositor and an X server, Qt takes the compositor if its plugin for
+# that is installed, whatever XDG_SESSION_TYPE says.
+if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
   exec "${asCommand[@]}"
 fi
 
