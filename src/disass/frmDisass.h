@@ -112,7 +112,7 @@ class frmDisass final : public platform::FormEvents,
   void MoveAsmEditor(std::int32_t lDelta);
   void EditAtAddress(std::int32_t lAddress);
   void AssembleAndWrite();
-  bool ConfirmWrite(std::int32_t lNew, std::int32_t lCurrent, std::int32_t lWrite);
+  bool ConfirmWrite(std::int32_t lAddress, std::int32_t lNew, std::int32_t lCurrent);
   void ReturnToEditor();
   void NotifyOtherWindows(std::int32_t lAddress, std::int16_t iCount);
   bool RangeHasProtectedByte(std::int32_t lAddress, std::int32_t lCount);
@@ -153,8 +153,7 @@ class frmDisass final : public platform::FormEvents,
   std::int32_t lEndAddr = 0;
   modDISListing::Listing tListing;
 
-  std::int32_t lMenuAddr = 0;  // the line that the pop-up menu was opened on
-  std::int32_t lEditAddr = 0;  // the line under the editor
-  std::int32_t lQuestion = 0;  // counts what was to be written after questions
+  std::int32_t lMenuAddr = -1;  // the line that the pop-up menu is open on; -1: it is not open
+  std::int32_t lEditAddr = 0;   // the line under the editor
   std::array<std::uint8_t, modALLUtility::ADDRESS_SPACE> bProtMap{};  // non-zero: protected
 };

@@ -169,7 +169,8 @@ void frmDisass::AssembleAndWrite() {
   }
   const std::int32_t lAddress = lEditAddr;
   const std::string sLine(tListing.Line(lLine));
-  const std::string sNew = Trimmed(txtAsm->Text());
+  const std::string sTyped = txtAsm->Text();
+  const std::string sNew = Trimmed(sTyped);
   const std::int32_t lCurrent = modDISListing::CountLineBytes(sLine);
   std::int32_t lWrite = lCurrent;
 
@@ -190,7 +191,7 @@ void frmDisass::AssembleAndWrite() {
       return;
     }
     lWrite = std::max<std::int32_t>(tBytes.iLength, lCurrent);
-    if (!ConfirmWrite(tBytes.iLength, lCurrent, lWrite)) {
+    if (!ConfirmWrite(lAddress, tBytes.iLength, lCurrent)) {
       return;
     }
     // A shorter instruction is filled up with NOPs (00H), so that the next one stays where it is.
@@ -200,8 +201,20 @@ void frmDisass::AssembleAndWrite() {
     modALLSharedMap::WriteRam(lAddress, abWritten);
     modDISListing::WriteMemoryImage(lAddress, abWritten);
     modALLSharedMap::SetRamChanged(0xFF);
-    RefreshFromChange(lAddress, lWrite);
-    NotifyOtherWindows(lAddress, static_cast<std::int16_t>(lWrite));
+    // While a question was open, the editor may have been closed, moved or given another text, as
+    // by a request to show an address. Then this window is one like the others, and stays where it
+    // is.
+    const bool bEditing = EditorOpen() && lEditAddr == lAddress && txtAsm->Text() == sTyped;
+    const auto iWrite = static_cast<std::int16_t>(lWrite);
+    if (bEditing) {
+      RefreshFromChange(lAddress, lWrite);
+    } else {
+      DisassExternalRamChanged(lAddress, iWrite);
+    }
+    NotifyOtherWindows(lAddress, iWrite);
+    if (!bEditing) {
+      return;
+    }
   }
 
   const std::int32_t lNext = lAddress + lWrite;
@@ -219,28 +232,35 @@ void frmDisass::AssembleAndWrite() {
   }
 }
 
-/// Asks what has to be asked before the edited line's lCurrent bytes are replaced by lNew, lWrite
-/// bytes being written; false when nothing may be written.
-bool frmDisass::ConfirmWrite(std::int32_t lNew, std::int32_t lCurrent, std::int32_t lWrite) {
-  const std::int32_t lAddress = lEditAddr;
-  const std::string sLine(tListing.Line(lstDis->SelectedIndex()));
-  const std::string sTyped = txtAsm->Text();
-  const std::int32_t lThisQuestion = ++lQuestion;
+/// Asks what has to be asked before the lCurrent bytes of the line at lAddress are replaced by an
+/// instruction of lNew; false when nothing may be written.
+bool frmDisass::ConfirmWrite(std::int32_t lAddress, std::int32_t lNew, std::int32_t lCurrent) {
+  const std::int32_t lWrite = std::max(lNew, lCurrent);
+  const auto fnBytesThere = [=] {
+    std::array<std::uint8_t, 4> abThere{};
+    modALLSharedMap::ReadRam(lAddress,
+                             std::span(abThere).first(static_cast<std::size_t>(lCurrent)));
+    return abThere;
+  };
+  const std::array<std::uint8_t, 4> abAsked = fnBytesThere();
   const auto fnAsk = [&](const std::string& sQuestion, std::string_view sTitle) {
-    const bool bYes = ShowMessage(sQuestion,
-                                  modALLUtility::MSG_YES_NO + modALLUtility::MSG_EXCLAMATION +
-                                      modALLUtility::MSG_DEFAULT_BUTTON_2,
-                                  sTitle) == modALLUtility::MSG_RESULT_YES;
-    // While the question was open, the editor may have been closed or moved, or its line may have
-    // become another instruction; and where another window asked, too, this answer waited for that
-    // one's, and other text may have been typed or the question asked anew. The answer was about
-    // what the question named, so it is void.
-    const std::int32_t lNow = bUnloaded ? -1 : tListing.LineStartingAt(lAddress);
-    if (lNow < 0 || !EditorOpen() || lEditAddr != lAddress || tListing.Line(lNow) != sLine ||
-        txtAsm->Text() != sTyped || lQuestion != lThisQuestion) {
+    bool bYes = ShowMessage(sQuestion,
+                            modALLUtility::MSG_YES_NO + modALLUtility::MSG_EXCLAMATION +
+                                modALLUtility::MSG_DEFAULT_BUTTON_2,
+                            sTitle) == modALLUtility::MSG_RESULT_YES;
+    if (bUnloaded) {
       return false;
     }
-    if (!bYes) {
+    // A Yes counts for the address that the question named, whatever the window shows by now, but
+    // not for other bytes than those that it was to replace: the emulator or another window may
+    // have written there meanwhile.
+    if (bYes && fnBytesThere() != abAsked) {
+      bYes = false;
+      ShowMessage("Nothing was written.\r\n\r\nThe bytes at " + Hex4(lAddress) +
+                      " have changed since the question was asked.",
+                  modALLUtility::MSG_EXCLAMATION, modALLUtility::TITLE_ERROR);
+    }
+    if (!bYes && !bUnloaded && EditorOpen() && lEditAddr == lAddress) {
       ReturnToEditor();
     }
     return bYes;

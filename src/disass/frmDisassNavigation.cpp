@@ -54,6 +54,7 @@ void frmDisass::lstDis_MouseUp(std::int16_t iButton, double dX, double dY) {
   lstDis->SetSelectedIndex(lLine);
   lMenuAddr = modDISListing::LineAddress(tListing.Line(lLine));
   frmForm->ShowPopupMenu(frmDisassDesign::MNU_DIS_POPUP);
+  lMenuAddr = -1;
 }
 
 /// The line under a point in twips within the list, or -1.
@@ -68,10 +69,8 @@ std::int32_t frmDisass::ListIndexFromPoint(double dX, double dY) const {
 
 void frmDisass::mnuSetBreakpoint_Click() {
   // While the menu was open, the emulator may have asked for another address, whose line is
-  // selected since: the command was meant for the line under the menu.
-  const std::int32_t lLine = lstDis->SelectedIndex();
-  if (lLine < 0 || lLine >= tListing.LineCount() ||
-      modDISListing::LineAddress(tListing.Line(lLine)) != lMenuAddr) {
+  // selected since: the command is meant for the line that the menu was opened on.
+  if (lMenuAddr < 0) {
     return;
   }
   modALLSharedMap::WriteControlField(modALLSharedMap::ControlField::BreakpointAddr, lMenuAddr);

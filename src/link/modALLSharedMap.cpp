@@ -152,6 +152,15 @@ void CopyProtectionMap(std::span<std::uint8_t, ADDRESS_SPACE> abTarget) {
   CopyPadded(ProtectionMap(), abTarget);
 }
 
+void ReadRam(std::int32_t lAddr, std::span<std::uint8_t> abTarget) {
+  const auto abRam = RamImage();
+  for (std::uint8_t& bByte : abTarget) {
+    const auto lOffset = static_cast<std::size_t>(modALLUtility::AddrAdd(lAddr, 0));
+    bByte = lOffset < abRam.size() ? abRam[lOffset] : std::uint8_t{0};
+    lAddr = modALLUtility::AddrAdd(lAddr, 1);
+  }
+}
+
 void WriteRam(std::int32_t lAddr, std::span<const std::uint8_t> abBytes) {
   const auto abRam = RamImage();
   for (const std::uint8_t bByte : abBytes) {

@@ -71,6 +71,10 @@ void CopyRamImage(std::span<std::uint8_t, modALLUtility::ADDRESS_SPACE> abTarget
 /// Takes a snapshot of the write-protection map.
 void CopyProtectionMap(std::span<std::uint8_t, modALLUtility::ADDRESS_SPACE> abTarget);
 
+/// Reads bytes of the RAM image from an address on, from FFFFH on to 0000H; 0 where the block has
+/// none.
+void ReadRam(std::int32_t lAddr, std::span<std::uint8_t> abTarget);
+
 /// Writes bytes into the RAM image from an address on, from FFFFH on to 0000H.
 void WriteRam(std::int32_t lAddr, std::span<const std::uint8_t> abBytes);
 

@@ -33,13 +33,27 @@ TEST_F(WindowTest, BreakpointsAreSetWhereTheMenuWasOpened) {
   lst.SetSelectedIndex(2);
   EXPECT_EQ(Editor(frm), "C004 NOP");
   frm.Key(ESC);
-  // The line under the menu is not the selected one any more; none is; the window is closed.
-  for (const auto& fnMeanwhile : {Action([&] { RequestShow(0xC004), frm.Tick(), fnSet(); }),
-                                  Action([&] { lst.lSelected = -1, fnSet(), frm.Key(ENTER); }),
-                                  Action([&] { frm.Unload(); })}) {
-    tToolkit.fnDuring = fnMeanwhile;
+  // The command is for the line under the menu, whatever is selected by then; for none when the
+  // window is closed or no menu was opened.
+  const struct {
+    const char* sMeanwhile;
+    Action fnMeanwhile;
+    bool bSet;
+  } atCase[] = {
+      {"another line is shown", [&] { RequestShow(0xC004), frm.Tick(), fnSet(); }, true},
+      {"another range is listed", [&] { RequestShow(0x1000), frm.Tick(), fnSet(); }, true},
+      {"nothing is selected", [&] { lst.lSelected = -1, fnSet(), frm.Key(ENTER); }, true},
+      {"the window is closed", [&] { frm.Unload(), fnSet(); }, false},
+  };
+  for (const auto& tCase : atCase) {
+    SCOPED_TRACE(tCase.sMeanwhile);
+    List(frm, "C000", "C008");
+    alControl[3] = 0;
+    tToolkit.fnDuring = tCase.fnMeanwhile;
     fnClick(0);
-    EXPECT_FALSE(platform::WaitNamedEvent(hBreakpoint) || frm.colControl.at(TXT_ASM).bVisible);
+    EXPECT_EQ(alControl[3], tCase.bSet ? 0xC000U : 0U);
+    EXPECT_EQ(platform::WaitNamedEvent(hBreakpoint), tCase.bSet);
+    EXPECT_FALSE(frm.colControl.at(TXT_ASM).bVisible);
   }
 }
 
