@@ -18,6 +18,7 @@
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtForm.h"
 #include "platform/qt/QtMetrics.h"
+#include "platform/qt/QtStyle.h"
 
 namespace platform {
 
@@ -111,7 +112,7 @@ class QtToolkit::MouseWatch final : public QObject {
 QtToolkit::QtToolkit(int& lArgc, char** asArgv)
     : tApplication(lArgc, asArgv), tEndSignal(CatchFirstEndSignal(), QSocketNotifier::Read) {
   // Forms are drawn for controls of the usual heights, which not every desktop's style keeps to.
-  if (qEnvironmentVariableIsEmpty("QT_STYLE_OVERRIDE")) QApplication::setStyle("Fusion");
+  if (qEnvironmentVariableIsEmpty("QT_STYLE_OVERRIDE")) QApplication::setStyle(new FormStyle);
   InstallAccessibility();
   if (OnWayland()) {
     // Where the compositor leaves the title bar to Qt, that cuts a caption's end off, where the
