@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <stdexcept>
 
 namespace modDISListing {
@@ -103,6 +104,13 @@ void WriteMemoryImage(std::int32_t lAddress, std::span<const std::uint8_t> abByt
     lAddress = AddrAdd(lAddress, 1);
   }
   ++lMemoryImageVersion;
+}
+
+std::span<const platform::ColumnRange> Listing::QuietColumns() const {
+  static constexpr std::array<platform::ColumnRange, 2> QUIET{
+      {{BYTES_COLUMN, INSTRUCTION_COLUMN},
+       {CHARACTERS_COLUMN, std::numeric_limits<std::int32_t>::max()}}};
+  return QUIET;
 }
 
 void Listing::Clear(std::int32_t lRangeStart, std::int32_t lRangeEnd) {

@@ -82,6 +82,9 @@ class Listing : public platform::ListLines {
     return asLine[static_cast<std::size_t>(lIndex)];
   }
 
+  /// The bytes, in both their columns: address and instruction are what a reader looks for.
+  std::span<const platform::ColumnRange> QuietColumns() const override;
+
   /// No lines, and every entry of both tables 0; the lines to come are those of a range.
   void Clear(std::int32_t lRangeStart, std::int32_t lRangeEnd);
   void Append(std::string sLine) { asLine.push_back(std::move(sLine)); }

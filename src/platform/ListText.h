@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
+#include <span>
 #include <string_view>
+
+#include "platform/Toolkit.h"
 
 /// What the list boxes of all toolkits have in common: where the lines stand in the box, how their
 /// bytes are shown, and where a line goes when others are replaced.
@@ -24,6 +28,20 @@ constexpr bool IsShownAsMark(unsigned char bCode) {
 /// The columns that a line needs, one a byte; a blank at its end needs none.
 constexpr std::int32_t TextColumns(std::string_view sLine) {
   return static_cast<std::int32_t>(sLine.size()) - (sLine.ends_with(' ') ? 1 : 0);
+}
+
+/// Whether a column of a line is one of those that step back, and up to which column that holds.
+struct ColumnRun {
+  bool bQuiet;
+  std::int32_t lEnd;
+};
+
+constexpr ColumnRun RunAt(std::span<const ColumnRange> atQuiet, std::int32_t lColumn) {
+  for (const ColumnRange& tRange : atQuiet) {
+    if (lColumn < tRange.lFirst) return {false, tRange.lFirst};
+    if (lColumn < tRange.lEnd) return {true, tRange.lEnd};
+  }
+  return {false, std::numeric_limits<std::int32_t>::max()};
 }
 
 /// Lines replaced by others, as ListBox::LinesReplaced tells of them.

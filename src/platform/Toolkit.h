@@ -113,6 +113,12 @@ class CheckBox : public virtual Control {
   virtual bool Checked() const = 0;
 };
 
+/// Columns of a list's lines, counted from 0: lFirst up to but not lEnd.
+struct ColumnRange {
+  std::int32_t lFirst;
+  std::int32_t lEnd;
+};
+
 /// Where a list box takes its lines from; the form owns the lines, the list holds no copy.
 class ListLines {
  public:
@@ -120,6 +126,9 @@ class ListLines {
   virtual std::int32_t LineCount() const = 0;
   /// The bytes of a line, 0 to LineCount() - 1; valid until the lines change.
   virtual std::string_view Line(std::int32_t lIndex) const = 0;
+  /// The parts of every line that step back behind the others, which a list draws in a quieter
+  /// shade; in ascending order, and as long-lived as the lines.
+  virtual std::span<const ColumnRange> QuietColumns() const { return {}; }
 };
 
 /// A list of 8-bit text lines with one selectable line.

@@ -17,6 +17,7 @@
 #include "platform/ListText.h"
 #include "platform/qt/QtAccessible.h"
 #include "platform/qt/QtForm.h"
+#include "platform/qt/QtStyle.h"
 
 namespace platform::qt {
 
@@ -40,11 +41,6 @@ std::array<quint32, 256> GlyphsOf(const QRawFont& tRawFont) {
     alGlyph.at(lCode) = tRawFont.glyphIndexesForString(sCode).value(0);
   }
   return alGlyph;
-}
-
-QColor Mixed(const QColor& tOne, const QColor& tOther) {
-  return QColor::fromRgbF((tOne.redF() + tOther.redF()) / 2, (tOne.greenF() + tOther.greenF()) / 2,
-                          (tOne.blueF() + tOther.blueF()) / 2);
 }
 
 }  // namespace
@@ -71,6 +67,8 @@ class LinesModel final : public QAbstractListModel {
   std::string_view Line(int lIndex) const {
     return lIndex < pLines->LineCount() ? pLines->Line(lIndex) : std::string_view();
   }
+
+  std::span<const ColumnRange> QuietColumns() const { return pLines->QuietColumns(); }
 
   void SetLines(const ListLines* pNewLines) {
     beginResetModel();
@@ -283,57 +281,64 @@ void ListView::scrollContentsBy(int lX, int lY) {
 void ListView::paintEvent(QPaintEvent* pEvent) {
   QPainter tPainter(viewport());
   tPainter.setFont(font());
-  const QPalette::ColorGroup eGroup = !isEnabled()                     ? QPalette::Disabled
-                                      : hasFocus() && isActiveWindow() ? QPalette::Active
-                                                                       : QPalette::Inactive;
-  const auto fnColor = [&](QPalette::ColorRole eRole) { return palette().color(eGroup, eRole); };
+  const ThemeColors tTheme = ThemeOf(palette());
+  const LineColors tPlain = LineColorsOf(tTheme, LineState::Plain);
+  const LineColors tSelected = LineColorsOf(
+      tTheme, hasFocus() && isActiveWindow() ? LineState::Selected : LineState::SelectedAway);
   const int lWidth = viewport()->width();
   const int lEnd = TextTop() + (LineCount() - Top()) * lLineHeight;  // where the last line ends
-  tPainter.fillRect(0, 0, lWidth, TextTop(), fnColor(QPalette::Base));
-  tPainter.fillRect(0, lEnd, lWidth, std::max(0, viewport()->height() - lEnd),
-                    fnColor(QPalette::Base));
+  tPainter.fillRect(0, 0, lWidth, TextTop(), Shown(tPlain.tBack));
+  tPainter.fillRect(0, lEnd, lWidth, std::max(0, viewport()->height() - lEnd), Shown(tPlain.tBack));
   const int lLast = std::min(LineAt(pEvent->rect().bottom()) + 1, LineCount() - 1);
   for (int lIndex = std::max(LineAt(pEvent->rect().top()) - 1, Top()); lIndex <= lLast; ++lIndex) {
-    const bool bSelected = lIndex == lSelected;
     const QRect tLine(0, TextTop() + (lIndex - Top()) * lLineHeight, lWidth, lLineHeight);
-    const QColor tBack = fnColor(bSelected ? QPalette::Highlight : QPalette::Base);
-    const QColor tText = fnColor(bSelected ? QPalette::HighlightedText : QPalette::Text);
-    tPainter.fillRect(tLine, tBack);
-    DrawLine(tPainter, pModel->Line(lIndex), tLine.top(), tText, Mixed(tText, tBack));
+    const LineColors& tColors = lIndex == lSelected ? tSelected : tPlain;
+    tPainter.fillRect(tLine, Shown(tColors.tBack));
+    DrawLine(tPainter, pModel->Line(lIndex), tLine.top(), tColors);
   }
 }
 
 /// Draws the visible columns of a line. Glyphs are placed one by one: each byte has its column,
 /// and the text need not be shaped.
-void ListView::DrawLine(QPainter& tPainter, std::string_view sLine, int lTop, const QColor& tText,
-                        const QColor& tMark) {
+void ListView::DrawLine(QPainter& tPainter, std::string_view sLine, int lTop,
+                        const LineColors& tColors) {
   const double dLeft = TextLeft() - horizontalScrollBar()->value();
   const auto fnColumnAt = [=, this](int lX) { return (lX - dLeft) / dColumn; };
-  const auto lEnd =
-      std::min(sLine.size(), static_cast<std::size_t>(std::ceil(fnColumnAt(viewport()->width()))));
-  alGlyph.clear();
-  atGlyphPoint.clear();
-  tPainter.setPen(tText);
-  for (auto lAt = static_cast<std::size_t>(std::max(0.0, std::floor(fnColumnAt(0)))); lAt < lEnd;
-       ++lAt) {
-    const auto bCode = static_cast<unsigned char>(sLine[lAt]);
-    const QPointF tPoint(dLeft + static_cast<double>(lAt) * dColumn, lTop + lBaseline);
+  const auto lEnd = std::min(static_cast<int>(sLine.size()),
+                             static_cast<int>(std::ceil(fnColumnAt(viewport()->width()))));
+  const std::array<QColor, 2> atColor{Shown(tColors.tText), Shown(tColors.tQuiet)};
+  for (Glyphs& tGlyphs : atGlyphs) {
+    tGlyphs.alGlyph.clear();
+    tGlyphs.atPoint.clear();
+  }
+  ColumnRun tRun{};
+  for (int lAt = std::max(0, static_cast<int>(std::floor(fnColumnAt(0)))); lAt < lEnd; ++lAt) {
+    if (lAt >= tRun.lEnd) tRun = RunAt(pModel->QuietColumns(), lAt);
+    const std::size_t lShade = tRun.bQuiet ? 1 : 0;
+    const auto bCode = static_cast<unsigned char>(sLine[static_cast<std::size_t>(lAt)]);
+    const QPointF tPoint(dLeft + lAt * dColumn, lTop + lBaseline);
     if (IsShownAsMark(bCode)) {
       constexpr double DOT = 2;
       tPainter.fillRect(
           QRectF(tPoint.x() + (dColumn - DOT) / 2, lTop + (lLineHeight - DOT) / 2, DOT, DOT),
-          tMark);
+          atColor[1]);
     } else if (alGlyphOf.at(bCode) == 0) {
+      tPainter.setPen(atColor.at(lShade));
       tPainter.drawText(tPoint, QString(QChar(bCode)));  // another font has to lend it
     } else if (bCode != ' ') {
-      alGlyph.push_back(alGlyphOf.at(bCode));
-      atGlyphPoint.push_back(tPoint);
+      atGlyphs.at(lShade).alGlyph.push_back(alGlyphOf.at(bCode));
+      atGlyphs.at(lShade).atPoint.push_back(tPoint);
     }
   }
-  QGlyphRun tRun;
-  tRun.setRawFont(tRawFont);
-  tRun.setRawData(alGlyph.data(), atGlyphPoint.data(), static_cast<int>(alGlyph.size()));
-  tPainter.drawGlyphRun({}, tRun);
+  for (std::size_t lShade = 0; lShade < atGlyphs.size(); ++lShade) {
+    const auto& [alGlyph, atPoint] = atGlyphs.at(lShade);
+    if (alGlyph.empty()) continue;
+    QGlyphRun tRunOfGlyphs;
+    tRunOfGlyphs.setRawFont(tRawFont);
+    tRunOfGlyphs.setRawData(alGlyph.data(), atPoint.data(), static_cast<int>(alGlyph.size()));
+    tPainter.setPen(atColor.at(lShade));
+    tPainter.drawGlyphRun({}, tRunOfGlyphs);
+  }
 }
 
 // ---- Mouse and keys -----------------------------------------------------------------------------

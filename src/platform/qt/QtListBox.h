@@ -6,6 +6,7 @@
 #include <array>
 #include <vector>
 
+#include "platform/Colors.h"
 #include "platform/Toolkit.h"
 #include "platform/qt/QtControls.h"
 
@@ -59,6 +60,11 @@ class ListView final : public QListView {
   void timerEvent(QTimerEvent* pEvent) override;
 
  private:
+  struct Glyphs {
+    std::vector<quint32> alGlyph;
+    std::vector<QPointF> atPoint;  // where they go
+  };
+
   int LineCount() const;
   int PageLines() const;  ///< whole lines that the view shows, at least 1
   int TextTop() const;    ///< where the first line begins in the viewport
@@ -70,8 +76,7 @@ class ListView final : public QListView {
   void DragTo(const QPoint& tPoint);
   void UpdateLines(int lFirst, int lCount);  ///< has them drawn anew where they are visible
   void UpdateLongest(int lFirst, int lInserted);
-  void DrawLine(QPainter& tPainter, std::string_view sLine, int lTop, const QColor& tText,
-                const QColor& tMark);
+  void DrawLine(QPainter& tPainter, std::string_view sLine, int lTop, const LineColors& tColors);
 
   QtForm& frm;
   std::int16_t iControl;
@@ -82,8 +87,7 @@ class ListView final : public QListView {
   double dColumn;
   QRawFont tRawFont;
   std::array<quint32, 256> alGlyphOf;
-  std::vector<quint32> alGlyph;       // of the line being drawn ...
-  std::vector<QPointF> atGlyphPoint;  // ... and where they go
+  std::array<Glyphs, 2> atGlyphs;  // of the line being drawn: those that stand out, quiet ones
   int lSelected = -1;
   int lLongest = 0;  // columns of the longest line
   double dWheelRest = 0;
