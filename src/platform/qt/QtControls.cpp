@@ -169,12 +169,18 @@ class ControlEvents final : public QObject {
 
 // ---- Text boxes ---------------------------------------------------------------------------------
 
-/// A text box as the seam has it: what comes into it by other ways than typing.
+/// A text box as the seam has it: what comes into it by other ways than typing, and no selection
+/// shown without the keyboard, as on Windows.
 class FieldEdit : public QLineEdit {
  public:
-  using QLineEdit::QLineEdit;
+  explicit FieldEdit(QWidget* pParent) : QLineEdit(pParent) { HideSelectionAway(); }
 
  protected:
+  void changeEvent(QEvent* pEvent) override {
+    QLineEdit::changeEvent(pEvent);
+    if (pEvent->type() == QEvent::PaletteChange) HideSelectionAway();
+  }
+
   /// Qt's menu without the keys beside its entries, which a form's logic may have no use for.
   void contextMenuEvent(QContextMenuEvent* pEvent) override {
     QMenu* const mnuEdit = createStandardContextMenu();
@@ -221,6 +227,17 @@ class FieldEdit : public QLineEdit {
   }
 
  private:
+  /// Within the window Qt takes the selection away with the focus; in a window that is not the
+  /// active one it keeps it, for when the focus comes back.
+  void HideSelectionAway() {
+    QPalette tPalette = palette();
+    for (const auto& [eSelected, eUsual] : {std::pair(QPalette::Highlight, QPalette::Base),
+                                            {QPalette::HighlightedText, QPalette::Text}}) {
+      tPalette.setColor(QPalette::Inactive, eSelected, tPalette.color(QPalette::Inactive, eUsual));
+    }
+    if (tPalette != palette()) setPalette(tPalette);
+  }
+
   bool IsFull() const { return text().size() >= maxLength(); }
 
   void Insert(const QString& sText) {
@@ -260,9 +277,10 @@ class QtTextBox final : public ControlOn<TextBox, QLineEdit> {
     const UntoldChange tUntold;
     tWidget.setText(TextOf(sText));
   }
+  /// The focus may have gone on by the time that the form hears of it.
   void SelectAll() override {
     const UntoldChange tUntold;
-    tWidget.selectAll();
+    if (tWidget.window()->focusWidget() == &tWidget) tWidget.selectAll();
   }
   void SetAccessibleName(std::string_view sName) override { RenameField(tWidget, TextOf(sName)); }
 };

@@ -12,6 +12,7 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QStyle>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -24,6 +25,7 @@
 #include <vector>
 
 #include "disass/frmDisassDesign.h"
+#include "platform/Colors.h"
 #include "platform/ToolkitFactory.h"
 #include "platform/qt/QtPlacing.h"
 
@@ -85,7 +87,9 @@ struct Lines final : ListLines {
   std::string_view Line(std::int32_t lIndex) const override {
     return asLine.at(static_cast<std::size_t>(lIndex));
   }
+  std::span<const ColumnRange> QuietColumns() const override { return atQuiet; }
   std::vector<std::string> asLine;
+  std::array<ColumnRange, 1> atQuiet{{{5, 13}}};
 };
 
 std::vector<std::uintptr_t> auMessage;  // what the window procedure was told
@@ -412,6 +416,128 @@ TEST_F(QtToolkitTest, ListDrawsEveryByteInAColumnOfItsOwn) {
   tLines.asLine.at(500) = "";
   lst.LinesReplaced(500, 1, 1);
   EXPECT_EQ(lstView.horizontalScrollBar()->maximum(), 0);
+}
+
+/// A picture's background, which most of it is, and the contrast to it of what stands out most.
+std::pair<QRgb, double> SeenOn(const QImage& tPicture) {
+  std::map<QRgb, int> colCount;
+  for (int lY = 0; lY < tPicture.height(); ++lY) {
+    for (int lX = 0; lX < tPicture.width(); ++lX) ++colCount[tPicture.pixel(lX, lY)];
+  }
+  const auto fnColor = [](QRgb lColor) {
+    return Color{static_cast<std::uint8_t>(qRed(lColor)), static_cast<std::uint8_t>(qGreen(lColor)),
+                 static_cast<std::uint8_t>(qBlue(lColor))};
+  };
+  const QRgb lBack =
+      std::max_element(colCount.begin(), colCount.end(), [](const auto& tOne, const auto& tOther) {
+        return tOne.second < tOther.second;
+      })->first;
+  double dContrast = 1;
+  for (const auto& [lColor, lPixels] : colCount)
+    dContrast = std::max(dContrast, Contrast(fnColor(lColor), fnColor(lBack)));
+  return {lBack, dContrast};
+}
+
+/// Themes as users have them, with text on the selection and on what is disabled that cannot be
+/// read there.
+std::vector<std::pair<const char*, QPalette>> Themes() {
+  QPalette tDark(QColor(49, 54, 59));
+  tDark.setColor(QPalette::Base, QColor(35, 38, 41));
+  tDark.setColor(QPalette::Highlight, QColor(61, 174, 233));
+  tDark.setColor(QPalette::HighlightedText, QColor(239, 240, 241));
+  QPalette tHighContrast(Qt::white, Qt::black, Qt::white, Qt::black, Qt::black, Qt::white,
+                         Qt::black);
+  tHighContrast.setColor(QPalette::Highlight, QColor(26, 235, 255));
+  tHighContrast.setColor(QPalette::HighlightedText, Qt::black);
+  for (const auto eText : {QPalette::Text, QPalette::ButtonText, QPalette::WindowText})
+    tHighContrast.setColor(QPalette::Disabled, eText, QColor(20, 20, 20));
+  return {{"light", QApplication::style()->standardPalette()},
+          {"dark", tDark},
+          {"high contrast", tHighContrast}};
+}
+
+TEST_F(QtToolkitTest, AllCanBeReadAndOnlyWhatHasTheKeysLooksSoInEveryTheme) {
+  QApplication::setCursorFlashTime(0);
+  Form& frmOther = *LoadShown().frm;
+  Form& frm = *LoadShown().frm;
+  Lines tLines(3);
+  frm.ListBoxOf(LST_DIS).SetLines(&tLines);
+  frm.ListBoxOf(LST_DIS).SetSelectedIndex(1);
+  for (const std::int16_t iField : {TXT_START, TXT_END}) frm.TextBoxOf(iField).SetText("8000");
+  const auto fnPicture = [&](std::int16_t iControl) {
+    return Child<QWidget>(frm, CONTROLS.at(static_cast<std::size_t>(iControl)).sName.data())
+        .grab()
+        .toImage();
+  };
+  // A line's address and, in the quieter shade, its bytes; its background.
+  const auto fnLine = [&](int lLine) {
+    auto& lst = Child<QListView>(frm, "lstDis");
+    const QImage tDrawn =
+        lst.viewport()->grab(lst.visualRect(lst.model()->index(lLine, 0))).toImage();
+    const double dColumn = frm.ListBoxOf(LST_DIS).TextWidth("0") / 15;
+    const auto fnColumns = [&](int lFirst, int lEnd) {
+      return SeenOn(tDrawn.copy(3 + static_cast<int>(lFirst * dColumn), 0,
+                                static_cast<int>((lEnd - lFirst) * dColumn), tDrawn.height()));
+    };
+    const auto [lBack, dText] = fnColumns(0, 4);
+    const double dQuiet = fnColumns(5, 12).second;
+    EXPECT_GE(dQuiet, READABLE);
+    EXPECT_GT(dText, dQuiet);
+    return lBack;
+  };
+  const std::vector<std::int16_t> aiFocusable = {TXT_START, TXT_END,  CMD_DISASS,
+                                                 CHK_ALLOW, CHK_LONG, LST_DIS};
+  for (const auto& [sTheme, tTheme] : Themes()) {
+    SCOPED_TRACE(sTheme);
+    QPalette tPalette = tTheme;
+    QApplication::style()->polish(tPalette);
+    QApplication::setPalette(tPalette);
+    Pump();
+    std::map<std::int16_t, QImage> colWithout;
+    for (const std::int16_t iControl : aiFocusable) {
+      frm.ControlOf(iControl == TXT_END ? TXT_START : TXT_END).SetFocus();
+      Pump();
+      colWithout[iControl] = fnPicture(iControl);
+    }
+    const QRgb lAway = fnLine(1);
+    EXPECT_NE(lAway, fnLine(0));
+    for (const std::int16_t iFocus : aiFocusable) {
+      colDo["GotFocus " + std::to_string(iFocus)] = [&]() {
+        if (iFocus == TXT_START || iFocus == TXT_END) frm.TextBoxOf(iFocus).SelectAll();
+      };
+      frm.ControlOf(iFocus).SetFocus();
+      Pump();
+      for (const std::int16_t iControl : aiFocusable) {
+        EXPECT_EQ(fnPicture(iControl) != colWithout[iControl], iControl == iFocus)
+            << iControl << " while " << iFocus << " has the focus";
+      }
+      EXPECT_EQ(fnLine(1) != lAway, iFocus == LST_DIS);
+      frmOther.SetFocus();
+      Pump();
+      EXPECT_EQ(fnPicture(iFocus), colWithout[iFocus]) << iFocus << " while another window is used";
+      frm.SetFocus();
+      Pump();
+      // It may have lost the focus again before the form hears that it had it.
+      frm.ControlOf(iFocus).SetFocus();
+      frm.ControlOf(iFocus == LST_DIS ? CHK_LONG : LST_DIS).SetFocus();
+      Pump();
+      EXPECT_EQ(fnPicture(iFocus), colWithout[iFocus]) << iFocus << " when the focus has gone on";
+    }
+    for (const bool bEnabled : {true, false}) {
+      for (const std::int16_t iControl : {TXT_START, CMD_DISASS, CHK_ALLOW}) {
+        frm.ControlOf(iControl).SetEnabled(bEnabled);
+        const QImage tPicture = fnPicture(iControl);
+        EXPECT_GE(SeenOn(tPicture.copy(tPicture.rect().adjusted(20, 3, -3, -3))).second, READABLE)
+            << iControl << " " << bEnabled;
+        EXPECT_EQ(tPicture == colWithout[iControl], bEnabled);
+        // Its frame, which is all there is of an empty check box.
+        EXPECT_GE(SeenOn(tPicture.copy(0, 0, tPicture.width(), tPicture.height() / 2)).second, 2.5);
+        frm.ControlOf(iControl).SetEnabled(true);
+      }
+    }
+  }
+  QApplication::setPalette(QApplication::style()->standardPalette());
+  frm.ListBoxOf(LST_DIS).SetLines(nullptr);
 }
 
 TEST_F(QtToolkitTest, CaptionsFitTheirPlaces) {
