@@ -263,9 +263,10 @@ class InPlaceEdit final : public FieldEdit {
   void paintEvent(QPaintEvent* pEvent) override {
     FieldEdit::paintEvent(pEvent);
     QPainter tPainter(this);
-    tPainter.setPen(palette().color(QPalette::Text));
     tPainter.setOpacity(0.5);
-    tPainter.drawRect(rect().adjusted(0, 0, -1, -1));
+    // Areas, not lines: a line of a fraction of a pixel would lose a side at 150 %.
+    const QRegion tFrame = QRegion(rect()) - rect().adjusted(1, 1, -1, -1);
+    for (const QRect& tSide : tFrame) tPainter.fillRect(tSide, palette().color(QPalette::Text));
   }
 };
 

@@ -540,6 +540,24 @@ TEST_F(QtToolkitTest, AllCanBeReadAndOnlyWhatHasTheKeysLooksSoInEveryTheme) {
   frm.ListBoxOf(LST_DIS).SetLines(nullptr);
 }
 
+TEST_F(QtToolkitTest, EditorHasAllSidesAtEveryScale) {
+  Form& frm = *LoadShown().frm;
+  auto& txtAsm = Child<QLineEdit>(frm, "txtAsm");
+  frm.ControlOf(TXT_ASM).SetVisible(true);
+  for (const double dScale : {1.0, 1.25, 1.5, 1.75, 2.0}) {
+    QImage tPicture(txtAsm.size() * dScale, QImage::Format_RGB32);
+    tPicture.setDevicePixelRatio(dScale);
+    txtAsm.render(&tPicture);
+    const int lRight = tPicture.width() - 1;
+    const int lBottom = tPicture.height() - 1;
+    const QRgb lInside = tPicture.pixel(lRight / 2, lBottom / 2);
+    for (const QPoint& tSide : {QPoint(0, lBottom / 2), QPoint(lRight, lBottom / 2),
+                                QPoint(lRight / 2, 0), QPoint(lRight / 2, lBottom)}) {
+      EXPECT_NE(tPicture.pixel(tSide), lInside) << dScale << ": " << tSide.x() << " " << tSide.y();
+    }
+  }
+}
+
 TEST_F(QtToolkitTest, CaptionsFitTheirPlaces) {
   Form& frm = *LoadShown().frm;
   for (const ControlDesign& tControl : CONTROLS) {
