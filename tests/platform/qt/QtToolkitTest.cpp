@@ -231,6 +231,23 @@ TEST_F(QtToolkitTest, MessageBoxIsModalToItsFormAlone) {
   EXPECT_TRUE(tOwner.frm->CheckBoxOf(CHK_ALLOW).Checked());
 }
 
+TEST_F(QtToolkitTest, TheSessionsEndUnloadsAllFormsWhateverIsOpen) {
+  Form& frm = *LoadShown().frm;
+  LoadShown();
+  colDo["Timer"] = [&]() {
+    colDo.clear();
+    QEvent tEnd(QEvent::Quit);  // as from a session manager that has saved the session
+    QCoreApplication::sendEvent(qApp, &tEnd);
+  };
+  colDo["Click 5"] = [&]() {
+    frm.SetTimerEnabled(true);
+    EXPECT_EQ(TheToolkit().MessageBox("?", 36, ""), 7);
+  };
+  QTest::mouseClick(&Child<QCheckBox>(frm, "chkAllow"), Qt::LeftButton);
+  EXPECT_TRUE(TheToolkit().LoadedForms().empty());
+  EXPECT_EQ(std::count(asLog.begin(), asLog.end(), "QueryUnload"), 2);
+}
+
 TEST_F(QtToolkitTest, FileNamesAreTakenAsTyped) {
   const QTemporaryDir tFolder;
   Form& frm = *LoadShown().frm;
