@@ -363,42 +363,40 @@ void AccessibleList::ReportTexts(int lFirst, int lLast) const {
   }
 }
 
-// ---- Windows ------------------------------------------------------------------------------------
+// ---- The program --------------------------------------------------------------------------------
 
-/// A form. To its children belongs the pop-up menu that is open: Qt's own description leads to the
-/// menus of a menu bar, but to no other.
-class AccessibleForm final : public QAccessibleWidget {
+/// The program. To its children belongs the pop-up menu that is open: Qt's own description calls
+/// the program its parent, but leads to no menus but those of a menu bar.
+class AccessibleProgram final : public QAccessibleApplication {
  public:
-  explicit AccessibleForm(QtForm& frm) : QAccessibleWidget(&frm, QAccessible::Window) {}
-
   int childCount() const override {
-    return QAccessibleWidget::childCount() + (Popup() != nullptr ? 1 : 0);
+    return QAccessibleApplication::childCount() + (Popup() != nullptr ? 1 : 0);
   }
   QAccessibleInterface* child(int lIndex) const override {
-    QMenu* const mnuPopup = Popup();
-    const bool bPopup = mnuPopup != nullptr && lIndex == QAccessibleWidget::childCount();
-    return bPopup ? QAccessible::queryAccessibleInterface(mnuPopup)
-                  : QAccessibleWidget::child(lIndex);
+    const bool bPopup = lIndex == QAccessibleApplication::childCount();
+    return bPopup ? QAccessible::queryAccessibleInterface(Popup())
+                  : QAccessibleApplication::child(lIndex);
   }
   int indexOfChild(const QAccessibleInterface* pChild) const override {
     const QMenu* const mnuPopup = Popup();
-    const bool bPopup = mnuPopup != nullptr && pChild->object() == mnuPopup;
-    return bPopup ? QAccessibleWidget::childCount() : QAccessibleWidget::indexOfChild(pChild);
+    return mnuPopup != nullptr && pChild->object() == mnuPopup
+               ? QAccessibleApplication::childCount()
+               : QAccessibleApplication::indexOfChild(pChild);
   }
 
  private:
-  QMenu* Popup() const {
-    auto* const mnuPopup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    const bool bOwn = mnuPopup != nullptr && mnuPopup->parentWidget() == widget() &&
-                      mnuPopup->menuAction()->associatedObjects().isEmpty();
-    return bOwn ? mnuPopup : nullptr;
+  static QMenu* Popup() {
+    auto* const mnu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    return mnu != nullptr && mnu->menuAction()->associatedObjects().isEmpty() ? mnu : nullptr;
   }
 };
 
 QAccessibleInterface* Described(const QString& /*sClass*/, QObject* pObject) {
   if (auto* txt = qobject_cast<QLineEdit*>(pObject)) return new AccessibleField(*txt);
   if (auto* lst = dynamic_cast<ListView*>(pObject)) return new AccessibleList(*lst);
-  if (auto* frm = dynamic_cast<QtForm*>(pObject)) return new AccessibleForm(*frm);
+  if (auto* frm = dynamic_cast<QtForm*>(pObject))
+    return new QAccessibleWidget(frm, QAccessible::Window);
+  if (pObject == qApp) return new AccessibleProgram();
   return nullptr;
 }
 

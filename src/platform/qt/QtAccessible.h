@@ -9,8 +9,8 @@ namespace platform::qt {
 
 class ListView;
 
-/// Has assistive tools, such as a screen reader, meet this program's own descriptions of windows,
-/// lists and text fields in place of Qt's. Call it once, after the application object was made.
+/// Has assistive tools, such as a screen reader, meet this program's own descriptions of itself, of
+/// lists and of text fields in place of Qt's. Call it once, after the application object was made.
 void InstallAccessibility();
 
 /// Has assistive tools not hear, while it lives, of what the program does to a field: its steps are

@@ -209,6 +209,12 @@ class FieldEdit : public QLineEdit {
     Insert(pClipboard->text(QClipboard::Selection));
   }
 
+  // That the text is selected as the focus comes is told with the focus, not before it.
+  void focusInEvent(QFocusEvent* pEvent) override {
+    const UntoldChange tUntold;
+    QLineEdit::focusInEvent(pEvent);
+  }
+
   // A full box takes nothing, and says so while the text is still held over it.
   void dragEnterEvent(QDragEnterEvent* pEvent) override {
     IsFull() ? pEvent->ignore() : QLineEdit::dragEnterEvent(pEvent);
