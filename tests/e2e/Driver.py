@@ -53,6 +53,8 @@ class LinuxSystem:
                    if not sName.startswith(("XDG_", "QT_", "DBUS_"))}
         return {**colKeep, "TEMP": self.sTemp, "LOCALAPPDATA": self.sFolder + "/local",
                 "HOME": self.sFolder, "XDG_RUNTIME_DIR": self.sFolder, "QT_QPA_PLATFORM": "xcb",
+                # No bus: one that a program launches for itself would outlive the run.
+                "DBUS_SESSION_BUS_ADDRESS": "disabled:",
                 "ASAN_OPTIONS": "quarantine_size_mb=1",
                 "LSAN_OPTIONS": "print_suppressions=0:suppressions=%s/foreign-leaks.txt"
                                 % os.path.dirname(os.path.abspath(__file__))}
