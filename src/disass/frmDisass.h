@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -125,6 +126,8 @@ class frmDisass final : public platform::FormEvents,
   void lstDis_Click();
   void lstDis_DblClick();
   std::int32_t lstDis_KeyPress(std::int32_t lCharacter);
+  bool lstDis_KeyDown(std::int16_t iKeyCode);
+  void OpenPopup(std::int32_t lLine, std::optional<platform::TwipsPoint> tAt);
   void lstDis_MouseUp(std::int16_t iButton, double dX, double dY);
   std::int32_t ListIndexFromPoint(double dX, double dY) const;
   void mnuSetBreakpoint_Click();

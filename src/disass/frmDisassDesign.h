@@ -45,6 +45,9 @@ inline constexpr std::int32_t WINDOW_WIDTH = 6375;
 inline constexpr std::int32_t SMALLEST_WIDTH = 5100;
 inline constexpr std::int32_t SMALLEST_HEIGHT = 2400;
 
+/// F5 as a virtual-key code; letters have their own.
+inline constexpr std::int16_t KEY_F5 = 116;
+
 /// Most characters of the editor: the width of the listing's instruction column.
 inline constexpr std::int16_t EDITOR_LENGTH = 19;
 
@@ -81,7 +84,8 @@ inline constexpr std::array<platform::ControlDesign, 10> CONTROLS{{
      .sName = "cmdDisass",
      .sCaption = "Disassemble again",
      .tPlace = {4500, 60, 1515, 375},
-     .iTabOrder = 2},
+     .iTabOrder = 2,
+     .tKey = {.iKeyCode = KEY_F5}},
     {.iControl = CHK_ALLOW,
      .eKind = platform::ControlKind::CheckBox,
      .sName = "chkAllow",
@@ -119,10 +123,16 @@ inline constexpr std::array<platform::ControlDesign, 10> CONTROLS{{
 }};
 
 inline constexpr std::array<platform::MenuDesign, 8> MENUS{{
-    {MNU_FILE, -1, platform::MenuKind::Menu, "File"},
-    {MNU_SAVE, MNU_FILE, platform::MenuKind::Item, "Save"},
-    {MNU_WINDOW, -1, platform::MenuKind::Menu, "Window"},
-    {MNU_WINDOW_OPEN, MNU_WINDOW, platform::MenuKind::Item, "Open new window"},
+    {MNU_FILE, -1, platform::MenuKind::Menu, "File", true, 'F'},
+    {MNU_SAVE, MNU_FILE, platform::MenuKind::Item, "Save", true, 0, {'S', true}},
+    {MNU_WINDOW, -1, platform::MenuKind::Menu, "Window", true, 'W'},
+    {MNU_WINDOW_OPEN,
+     MNU_WINDOW,
+     platform::MenuKind::Item,
+     "Open new window",
+     true,
+     0,
+     {'N', true}},
     {MNU_WINDOW_SEP, MNU_WINDOW, platform::MenuKind::Separator, "", false},
     {MNU_WINDOW_ITEM, MNU_WINDOW, platform::MenuKind::ItemArray, "", false},
     {MNU_DIS_POPUP, -1, platform::MenuKind::Popup, "Disassembler"},

@@ -68,7 +68,14 @@ void frmDisass::LostFocus(std::int16_t iControl) {
 }
 
 bool frmDisass::KeyDown(std::int16_t iControl, std::int16_t iKeyCode) {
-  return iControl == TXT_ASM && txtAsm_KeyDown(iKeyCode);
+  switch (iControl) {
+    case TXT_ASM:
+      return txtAsm_KeyDown(iKeyCode);
+    case LST_DIS:
+      return lstDis_KeyDown(iKeyCode);
+    default:
+      return false;
+  }
 }
 
 std::int32_t frmDisass::KeyPress(std::int16_t iControl, std::int32_t lCharacter) {

@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::int16_t RIGHT_BUTTON = 2;
 constexpr std::int32_t ENTER = 13;  // as a character
+constexpr std::int16_t KEY_MENU = 93;
 
 }  // namespace
 
@@ -38,6 +39,28 @@ std::int32_t frmDisass::lstDis_KeyPress(std::int32_t lCharacter) {
   return 0;
 }
 
+/// The menu key opens the pop-up menu below the selected line.
+bool frmDisass::lstDis_KeyDown(std::int16_t iKeyCode) {
+  if (iKeyCode != KEY_MENU) {
+    return false;
+  }
+  const std::int32_t lLine = lstDis->SelectedIndex();
+  if (lLine < 0 || lLine >= tListing.LineCount() || EditorOpen()) {
+    return true;
+  }
+  EnsureListIndexVisible(lLine);
+  const platform::TwipsRect tLine = EditorPlace(lLine);
+  OpenPopup(lLine, platform::TwipsPoint{tLine.lLeft, tLine.lTop + tLine.lHeight});
+  return true;
+}
+
+/// Shows the pop-up menu of a line, whose address its command is for.
+void frmDisass::OpenPopup(std::int32_t lLine, std::optional<platform::TwipsPoint> tAt) {
+  lMenuAddr = modDISListing::LineAddress(tListing.Line(lLine));
+  frmForm->ShowPopupMenu(frmDisassDesign::MNU_DIS_POPUP, tAt);
+  lMenuAddr = -1;
+}
+
 void frmDisass::lstDis_MouseUp(std::int16_t iButton, double dX, double dY) {
   if (iButton != RIGHT_BUTTON) {
     return;
@@ -52,9 +75,7 @@ void frmDisass::lstDis_MouseUp(std::int16_t iButton, double dX, double dY) {
     return;
   }
   lstDis->SetSelectedIndex(lLine);
-  lMenuAddr = modDISListing::LineAddress(tListing.Line(lLine));
-  frmForm->ShowPopupMenu(frmDisassDesign::MNU_DIS_POPUP);
-  lMenuAddr = -1;
+  OpenPopup(lLine, std::nullopt);
 }
 
 /// The line under a point in twips within the list, or -1.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <limits>
 #include <span>
@@ -42,6 +43,21 @@ constexpr ColumnRun RunAt(std::span<const ColumnRange> atQuiet, std::int32_t lCo
     if (lColumn < tRange.lEnd) return {true, tRange.lEnd};
   }
   return {false, std::numeric_limits<std::int32_t>::max()};
+}
+
+/// The line that a typed character goes to, as in the lists of Windows: the next one behind lIndex
+/// (-1: none is selected) that begins with it, from the last line on to the first; -1: there is
+/// none.
+inline std::int32_t NextLineBeginning(const ListLines& tLines, std::int32_t lIndex,
+                                      char bCharacter) {
+  const auto fnUpper = [](char bAny) { return std::toupper(static_cast<unsigned char>(bAny)); };
+  const std::int32_t lCount = tLines.LineCount();
+  for (std::int32_t lStep = 1; lStep <= lCount; ++lStep) {
+    const std::int32_t lNext = (lIndex + lStep) % lCount;
+    const std::string_view sLine = tLines.Line(lNext);
+    if (!sLine.empty() && fnUpper(sLine.front()) == fnUpper(bCharacter)) return lNext;
+  }
+  return -1;
 }
 
 /// Lines replaced by others, as ListBox::LinesReplaced tells of them.

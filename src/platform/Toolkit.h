@@ -24,6 +24,12 @@ struct TwipsRect {
   std::int32_t lHeight = 0;
 };
 
+/// A point in twips.
+struct TwipsPoint {
+  std::int32_t lLeft = 0;
+  std::int32_t lTop = 0;
+};
+
 /// A size, in the unit that the giver names.
 struct Size {
   std::int32_t lWidth = 0;
@@ -33,6 +39,14 @@ struct Size {
 // ---- The design of a form -----------------------------------------------------------------------
 
 enum class ControlKind : std::uint8_t { Label, TextBox, Button, CheckBox, ListBox };
+
+/// A key that works wherever the focus is in the form, by its virtual-key code; 0: none.
+struct KeyDesign {
+  std::int16_t iKeyCode = 0;
+  bool bControl = false;  ///< with Ctrl
+
+  constexpr bool operator==(const KeyDesign&) const = default;
+};
 
 /// One control as designed. A caption names a text box or list for assistive tools only.
 struct ControlDesign {
@@ -45,6 +59,7 @@ struct ControlDesign {
   std::int16_t iMaxLength = 0;   ///< most characters of a text box; 0: no limit
   bool bVisible = true;          ///< shown at load
   bool bListingFont = false;     ///< drawn in the form's listing font
+  KeyDesign tKey{};              ///< presses the button, as a click does
   std::int32_t lBackColor = -1;  ///< 00BBGGRRH, with black text on it; -1: the theme's own
 };
 
@@ -63,6 +78,8 @@ struct MenuDesign {
   MenuKind eKind;
   std::string_view sCaption;
   bool bVisible = true;
+  char bAccessKey = 0;  ///< a letter of the caption that opens the menu with Alt; 0: none
+  KeyDesign tKey{};     ///< chooses the command
 };
 
 /// A form as designed: the one table that every toolkit builds its form from.
@@ -230,8 +247,9 @@ class Form {
                               std::string_view sCaption) = 0;
   virtual void SetMenuChecked(std::int16_t iMenu, std::int16_t iIndex, bool bChecked) = 0;
   virtual void SetMenuVisible(std::int16_t iMenu, std::int16_t iIndex, bool bVisible) = 0;
-  /// Shows a pop-up menu at the pointer and lets events run until it is gone.
-  virtual void ShowPopupMenu(std::int16_t iMenu) = 0;
+  /// Shows a pop-up menu and lets events run until it is gone.
+  /// @param tAt  the corner of the menu inside the form; none: at the pointer
+  virtual void ShowPopupMenu(std::int16_t iMenu, std::optional<TwipsPoint> tAt) = 0;
 
   /// Shows a modal file dialog and lets events run until it is gone.
   virtual FileDialogResult ShowFileDialog(const FileDialogRequest& tRequest) = 0;
@@ -257,7 +275,8 @@ class FormEvents {
   virtual void DblClick(std::int16_t iControl) = 0;
   virtual void GotFocus(std::int16_t iControl) = 0;
   virtual void LostFocus(std::int16_t iControl) = 0;  ///< not when another window takes over
-  /// A key by its virtual-key code (13 Enter, 27 Esc, 38 Up, 40 Down). True: consumed.
+  /// A key by its virtual-key code (13 Enter, 27 Esc, 38 Up, 40 Down; 93 the menu key,
+  /// or Shift+F10). True: consumed.
   virtual bool KeyDown(std::int16_t iControl, std::int16_t iKeyCode) = 0;
   /// A typed character code; key combinations give their control code (3 for Ctrl+C). Gives the
   /// code to use in its place; 0 drops it.

@@ -205,8 +205,9 @@ class Form final : public platform::Form, public std::enable_shared_from_this<Fo
   void SetMenuVisible(int16_t iMenu, int16_t iIndex, bool bNew) override {
     colMenu.at({iMenu, iIndex}).bVisible = bNew;
   }
-  void ShowPopupMenu(int16_t iMenu) override {
+  void ShowPopupMenu(int16_t iMenu, std::optional<platform::TwipsPoint> tAt) override {
     Note("pop-up " + colMenu.at({iMenu, 0}).sCaption);
+    tPopupAt = tAt;
     exchange(tScript.fnDuring, [] {})();
   }
   platform::FileDialogResult ShowFileDialog(const platform::FileDialogRequest& tAsked) override {
@@ -288,6 +289,7 @@ class Form final : public platform::Form, public std::enable_shared_from_this<Fo
 
   Script& tScript;
   shared_ptr<FormEvents> pLogic;
+  std::optional<platform::TwipsPoint> tPopupAt;  ///< where the last pop-up menu was to be
   bool bGone = false, bTimer = false, bShown = false, bClosing = false;
   Control* pFocus = nullptr;
   string sCaption;

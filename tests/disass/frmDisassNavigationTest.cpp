@@ -57,6 +57,38 @@ TEST_F(WindowTest, BreakpointsAreSetWhereTheMenuWasOpened) {
   }
 }
 
+TEST_F(WindowTest, TheMenuKeyOpensThePopupOnTheSelectedLine) {
+  constexpr int16_t MENU_KEY = 93;
+  Form& frm = Open();
+  List(frm, "C000", "C080");
+  Control& lst = frm.ControlOf(LST_DIS);
+  const auto fnMenuKey = [&] {
+    frm.tPopupAt.reset();
+    tToolkit.fnDuring = [&] { frm.PickMenu(MNU_SET_BREAKPOINT); };
+    frm.Key(MENU_KEY);
+    tToolkit.fnDuring = [] {};
+    return platform::WaitNamedEvent(hBreakpoint);
+  };
+  const struct {
+    const char* sWhat;
+    int32_t lSelected, lTop;
+    int32_t lTopThen;  // the line is scrolled into view
+  } atCase[] = {{"in view", 5, 3, 3}, {"above", 5, 40, 5}, {"below", 100, 3, 74}};
+  for (const auto& tCase : atCase) {
+    SCOPED_TRACE(tCase.sWhat);
+    lst.SetSelectedIndex(tCase.lSelected);
+    lst.SetTopIndex(tCase.lTop);
+    EXPECT_TRUE(fnMenuKey());
+    EXPECT_EQ(alControl[3], 0xC000U + static_cast<uint32_t>(tCase.lSelected));
+    EXPECT_EQ(lst.lTop, tCase.lTopThen);
+    ASSERT_TRUE(frm.tPopupAt.has_value());
+    const int32_t lLineTop = lst.tPlace.lTop + 225 * (tCase.lSelected - lst.lTop);
+    EXPECT_EQ(frm.tPopupAt->lTop, lLineTop + 285);  // below the line, as high as an editor
+  }
+  lst.SetSelectedIndex(-1);
+  EXPECT_FALSE(fnMenuKey());
+}
+
 TEST_F(WindowTest, SavesTheListing) {
   using enum platform::FileDialogResult::Outcome;
   const string sOld = tFolder.Path("old"), sNew = tFolder.Path("new"), sIn = tFolder.Path("in/x");

@@ -293,6 +293,43 @@ def Mouse(t):
     t.End()
 
 
+def Keyboard(t):
+    """What the mouse does, by keys alone."""
+    t.Start("--sample", "8000")
+    asAddress = [sAddress.decode() for sAddress in Addresses(t.Disassembled(0x8000, 0xA000))]
+    sFirst9 = next(sAddress for sAddress in asAddress if sAddress.startswith("9"))
+    for asKey, sAddress in (((*["Down"] * 3, "Menu"), asAddress[3]),
+                            (("Down", "shift+F10"), asAddress[4]),
+                            (("9", "Menu"), sFirst9),  # to the next line that begins with it
+                            (("8", "Menu"), "8000")):
+        t.tDesktop.Keys(*asKey)
+        time.sleep(0.5)
+        t.tDesktop.Keys("Down", "Return")
+        t.tEmulator.Expect("breakpoint " + sAddress)
+        time.sleep(0.5)  # a menu that goes swallows keys of a few milliseconds, faster than any hand
+    # Lists again; from the end field that was edited, its range.
+    t.tEmulator.Do("poke 8000 C9", "poked.*")
+    t.tDesktop.Keys("F5")
+    t.ExpectListing(0x8000, 0xA000)
+    t.tDesktop.Keys("Tab")
+    t.tDesktop.Type("8000\t8080")
+    t.tDesktop.Keys("F5")
+    t.ExpectListing(0x8000, 0x8080)
+    t.tDesktop.Keys("ctrl+s")
+    t.tDesktop.Answer(t.tSystem.SAVE_DIALOG, *ESC)
+    # A new window by its key, from the editor, too, and from a menu that Alt opens.
+    for asKey in (("ctrl+n",), ("Return", "ctrl+n"), ("alt+w", "Down", "Return")):
+        for sKey in asKey:
+            t.tDesktop.Keys(sKey)
+            time.sleep(0.5)
+        frm = t.tDesktop.Window(CAPTION + " - Window 2")
+        Until(frm.HasSelection, "the new window's listing")
+        frm.Close()
+        t.frm.ToFront()
+        t.tDesktop.Keys("Escape")
+    t.End()
+
+
 def Saving(t):
     t.Emulate("--sample", "8000")
     t.Open(**t.tSystem.LimitFiles(0x10000))

@@ -13,6 +13,7 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QPushButton>
+#include <QShortcut>
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -30,11 +31,12 @@ namespace {
 constexpr std::int16_t VK_BACK = 8;
 constexpr std::int16_t VK_RETURN = 13;
 constexpr std::int16_t VK_ESCAPE = 27;
+constexpr std::int16_t VK_MENU_KEY = 93;
 constexpr std::int16_t VK_F1 = 112;
 
 /// The Windows virtual-key code of a Qt key; 0 for one that no form asks about.
 std::int16_t VirtualKey(int lKey) {
-  constexpr std::array<std::pair<Qt::Key, std::int16_t>, 15> atKey{{
+  constexpr std::array<std::pair<Qt::Key, std::int16_t>, 16> atKey{{
       {Qt::Key_Backspace, VK_BACK},
       {Qt::Key_Tab, 9},
       {Qt::Key_Return, VK_RETURN},
@@ -50,6 +52,7 @@ std::int16_t VirtualKey(int lKey) {
       {Qt::Key_Down, 40},
       {Qt::Key_Insert, 45},
       {Qt::Key_Delete, 46},
+      {Qt::Key_Menu, VK_MENU_KEY},
   }};
   const auto* pFound =
       std::ranges::find(atKey, lKey, [](const auto& tKey) { return static_cast<int>(tKey.first); });
@@ -119,7 +122,8 @@ class ControlEvents final : public QObject {
   /// True: the key is used up.
   bool FilterKey(QObject* pWatched, QKeyEvent& tKey) {
     tKey.accept();
-    const std::int16_t iKey = VirtualKey(tKey.key());
+    const bool bMenu = tKey.key() == Qt::Key_F10 && tKey.modifiers() == Qt::ShiftModifier;
+    const std::int16_t iKey = bMenu ? VK_MENU_KEY : VirtualKey(tKey.key());
     const bool bConsumed = iKey != 0 && frm.Deliver([=, this](FormEvents& tEvents) {
       return tEvents.KeyDown(iControl, iKey);
     });
@@ -376,8 +380,20 @@ BuiltControl BuildKind(QtForm& frm, QWidget& tParent, const ControlDesign& tDesi
   switch (tDesign.eKind) {
     case ControlKind::TextBox:
       return BuildTextBox(tParent, tDesign, tFonts);
-    case ControlKind::Button:
-      return Built<Control>(*NewClickable<QPushButton>(frm, tParent, tDesign), tDesign);
+    case ControlKind::Button: {
+      auto* cmd = NewClickable<QPushButton>(frm, tParent, tDesign);
+      if (tDesign.tKey.iKeyCode != 0) {
+        // As a click does, the key first leaves the field that was edited.
+        auto* pKey = new QShortcut(KeysOf(tDesign.tKey), &frm);
+        QObject::connect(pKey, &QShortcut::activated, cmd, [&frm, cmd]() {
+          if (!cmd->isEnabled() || !cmd->isVisible()) return;
+          cmd->setFocus(Qt::MouseFocusReason);
+          frm.RunPosted();
+          cmd->click();
+        });
+      }
+      return Built<Control>(*cmd, tDesign);
+    }
     case ControlKind::CheckBox: {
       auto* chk = NewClickable<PressKeepingBox>(frm, tParent, tDesign);
       return {chk, std::make_unique<QtCheckBox>(*chk, tDesign)};

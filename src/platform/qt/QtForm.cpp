@@ -133,8 +133,8 @@ void QtForm::LetPlacingTick() {
   RequestPlace();
   if (!tPlacing.Tick()) return;
   tmrPlacing.stop();
-  // A size that the window system gives while another one is asked for is lost on the widget: Qt has
-  // it look at what was asked for, and tells nothing when that is refused.
+  // A size that the window system gives while another one is asked for is lost on the widget: Qt
+  // has it look at what was asked for, and tells nothing when that is refused.
   if (windowHandle()->geometry() != geometry()) setGeometry(windowHandle()->geometry());
   if (tPlacing.TakeWaiting()) ReportResizeAgain();
 }
@@ -256,11 +256,13 @@ void QtForm::SetMenuVisible(std::int16_t iMenu, std::int16_t iIndex, bool bVisib
   if (QAction* pItem = tMenus.Item(iMenu, iIndex)) pItem->setVisible(bVisible);
 }
 
-void QtForm::ShowPopupMenu(std::int16_t iMenu) {
+void QtForm::ShowPopupMenu(std::int16_t iMenu, std::optional<TwipsPoint> tAt) {
   QMenu* mnuPopup = tMenus.Popup(iMenu);
   if (mnuPopup == nullptr || IsUnloaded()) return;
   const auto pKeep = shared_from_this();
-  mnuPopup->exec(QCursor::pos());
+  mnuPopup->exec(tAt.has_value()
+                     ? pClient->mapToGlobal(QPoint(PixelsX(tAt->lLeft), PixelsY(tAt->lTop)))
+                     : QCursor::pos());
   if (IsUnloaded()) tToolkit.SweepLater();
 }
 

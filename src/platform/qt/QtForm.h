@@ -42,7 +42,7 @@ class QtForm final : public QWidget, public FormCore {
   void SetMenuCaption(std::int16_t iMenu, std::int16_t iIndex, std::string_view sCaption) override;
   void SetMenuChecked(std::int16_t iMenu, std::int16_t iIndex, bool bChecked) override;
   void SetMenuVisible(std::int16_t iMenu, std::int16_t iIndex, bool bVisible) override;
-  void ShowPopupMenu(std::int16_t iMenu) override;
+  void ShowPopupMenu(std::int16_t iMenu, std::optional<TwipsPoint> tAt) override;
   FileDialogResult ShowFileDialog(const FileDialogRequest& tRequest) override;
 
   QtToolkit& OwnToolkit() const { return tToolkit; }
@@ -50,6 +50,7 @@ class QtForm final : public QWidget, public FormCore {
   /// Delivers from the event loop, for events that arise where Qt must not be disturbed, as in the
   /// middle of a change of focus; not at all when the form is closing by then.
   void Post(std::function<void(FormEvents&)> fnCall);
+  void RunPosted();  ///< delivers at once what was posted
 
   /// Notes the control that got the focus; gives the one that got it before, or -1.
   std::int16_t NoteFocus(std::int16_t iControl) { return std::exchange(iFocus, iControl); }
@@ -83,7 +84,6 @@ class QtForm final : public QWidget, public FormCore {
   void ReportChange();
   void LetPlacingTick();
   QRect ClientPlace() const;
-  void RunPosted();
   void ReportActivation();
   bool FrameWasPressed() const;
 

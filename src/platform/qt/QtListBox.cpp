@@ -69,6 +69,9 @@ class LinesModel final : public QAbstractListModel {
   }
 
   std::span<const ColumnRange> QuietColumns() const { return pLines->QuietColumns(); }
+  int NextLineBeginning(int lIndex, char bCharacter) const {
+    return platform::NextLineBeginning(*pLines, lIndex, bCharacter);
+  }
 
   void SetLines(const ListLines* pNewLines) {
     beginResetModel();
@@ -408,6 +411,14 @@ void ListView::mouseReleaseEvent(QMouseEvent* pEvent) {
   });
 }
 
+/// The line that a typed character goes to; -1: none, or it is no character of a list's.
+int ListView::LineTypedTo(const QKeyEvent& tKey) const {
+  const bool bCharacter =
+      tKey.text().size() == 1 && tKey.text().at(0).isPrint() &&
+      (tKey.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) == 0;
+  return bCharacter ? pModel->NextLineBeginning(lSelected, tKey.text().at(0).toLatin1()) : -1;
+}
+
 void ListView::keyPressEvent(QKeyEvent* pEvent) {
   if (LineCount() == 0) {
     pEvent->ignore();
@@ -440,8 +451,10 @@ void ListView::keyPressEvent(QKeyEvent* pEvent) {
       horizontalScrollBar()->triggerAction(QAbstractSlider::SliderSingleStepAdd);
       return;
     default:
-      pEvent->ignore();
-      return;
+      lTo = LineTypedTo(*pEvent);
+      pEvent->setAccepted(lTo >= 0);
+      if (lTo < 0) return;
+      break;
   }
   lTo = std::clamp(lTo, 0, LineCount() - 1);
   SetSelected(lTo);

@@ -74,6 +74,7 @@ class ListView final : public QListView {
   void SelectByUser(int lIndex);
   void EnsureVisible(int lIndex);
   void DragTo(const QPoint& tPoint);
+  int LineTypedTo(const QKeyEvent& tKey) const;
   void UpdateLines(int lFirst, int lCount);  ///< has them drawn anew where they are visible
   void UpdateLongest(int lFirst, int lInserted);
   void DrawLine(QPainter& tPainter, std::string_view sLine, int lTop, const LineColors& tColors);

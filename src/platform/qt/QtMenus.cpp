@@ -45,7 +45,11 @@ void QtMenus::Add(const MenuDesign& tDesign) {
     tEntry.pEnd = tEntry.mnuParent->addSeparator();
     tEntry.pEnd->setVisible(false);
   }
-  pItem->setText(TextOf(tDesign.sCaption));
+  QString sCaption = TextOf(tDesign.sCaption);
+  if (tDesign.bAccessKey != 0)
+    sCaption.insert(sCaption.indexOf(QLatin1Char(tDesign.bAccessKey)), QLatin1Char('&'));
+  pItem->setText(sCaption);
+  pItem->setShortcut(KeysOf(tDesign.tKey));
   pItem->setVisible(tDesign.bVisible);
   tEntry.colItem.emplace(std::int16_t{0}, pItem);
   colEntry.emplace(tDesign.iMenu, std::move(tEntry));

@@ -72,6 +72,13 @@ double TwipsPerPixelY() {
   return TWIPS_PER_INCH / (pScreen != nullptr ? pScreen->logicalDotsPerInchY() : USUAL_DPI);
 }
 
+QKeySequence KeysOf(const KeyDesign& tKey) {
+  constexpr int VK_F1 = 112;
+  if (tKey.iKeyCode == 0) return {};
+  const int lKey = tKey.iKeyCode < VK_F1 ? tKey.iKeyCode : Qt::Key_F1 + tKey.iKeyCode - VK_F1;
+  return QKeySequence(tKey.bControl ? static_cast<int>(Qt::CTRL) | lKey : lKey);
+}
+
 QRect PixelsOf(const TwipsRect& tPlace) {
   return {PixelsX(tPlace.lLeft), PixelsY(tPlace.lTop), std::max(0, PixelsX(tPlace.lWidth)),
           std::max(0, PixelsY(tPlace.lHeight))};

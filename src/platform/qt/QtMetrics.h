@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QFont>
+#include <QKeySequence>
 #include <QRect>
 #include <QString>
 
@@ -20,6 +21,9 @@ double TwipsPerPixelY();
 /// Twips to whole logical pixels.
 inline int PixelsX(double dTwips) { return platform::PixelsOf(dTwips, TwipsPerPixelX()); }
 inline int PixelsY(double dTwips) { return platform::PixelsOf(dTwips, TwipsPerPixelY()); }
+
+/// A designed key as the toolkit takes it; a virtual-key code is a letter, a digit or F1 to F24.
+QKeySequence KeysOf(const KeyDesign& tKey);
 
 /// A place in whole pixels; a negative width or height becomes 0.
 QRect PixelsOf(const TwipsRect& tPlace);

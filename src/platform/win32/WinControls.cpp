@@ -97,6 +97,11 @@ LRESULT CALLBACK ControlWindow::Received(HWND hWnd, UINT uMsg, WPARAM wParam, LP
       break;
     case WM_KEYDOWN:
       return tControl.OnKeyDown(wParam, lParam);
+    case WM_SYSKEYDOWN:
+      // Shift+F10 is the menu key of keyboards that have none.
+      if (wParam == VK_F10 && ::GetKeyState(VK_SHIFT) < 0 && tControl.ReportKeyDown(VK_APPS))
+        return 0;
+      break;
     case WM_CHAR:
       return tControl.OnCharacter(wParam, lParam);
     default:
@@ -109,6 +114,12 @@ LRESULT ControlWindow::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
   return ::DefSubclassProc(hWnd, uMsg, wParam, lParam);
 }
 
+bool ControlWindow::ReportKeyDown(WPARAM wKey) {
+  return frm.Deliver([this, wKey](FormEvents& tEvents) {
+    return tEvents.KeyDown(iControl, static_cast<std::int16_t>(wKey));
+  });
+}
+
 /// Message boxes and dialogs have message loops of their own, which know nothing of this form's
 /// Tab key; so the control itself sees to it.
 LRESULT ControlWindow::OnKeyDown(WPARAM wKey, LPARAM lParam) {
@@ -118,9 +129,7 @@ LRESULT ControlWindow::OnKeyDown(WPARAM wKey, LPARAM lParam) {
     frm.FocusNext(*this, ::GetKeyState(VK_SHIFT) < 0);
     return 0;
   }
-  const bool bConsumed = frm.Deliver([this, wKey](FormEvents& tEvents) {
-    return tEvents.KeyDown(iControl, static_cast<std::int16_t>(wKey));
-  });
+  const bool bConsumed = frm.RunDesignedKey(wKey) || ReportKeyDown(wKey);
   if (bConsumed || frm.IsUnloaded()) {
     // The key's character is in the queue already; a consumed key has none.
     MSG tCharacter = {};

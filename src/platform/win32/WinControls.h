@@ -59,6 +59,7 @@ class ControlWindow : public virtual Control {
  private:
   static LRESULT CALLBACK Received(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam,
                                    UINT_PTR lSubclass, DWORD_PTR pControl);
+  bool ReportKeyDown(WPARAM wKey);  // true: consumed
   LRESULT OnKeyDown(WPARAM wKey, LPARAM lParam);
   LRESULT OnCharacter(WPARAM wCharacter, LPARAM lParam);
   bool IsButton() const { return eKind == ControlKind::Button; }

@@ -81,6 +81,7 @@ WinForm::WinForm(WinToolkit& tItsToolkit, const FormDesign& tDesign,
     auto pControl = BuildControl(*this, tControl, hFont.get(), hListingFont.get());
     if (tControl.iTabOrder >= 0) colTab.emplace(tControl.iTabOrder, pControl.get());
     apControl.push_back(pControl.get());
+    if (tControl.tKey.iKeyCode != 0) atButtonKey.emplace_back(tControl.tKey, pControl.get());
     AddControl(tControl.iControl, std::move(pControl));
   }
   for (const auto& [iOrder, pControl] : colTab) apTabOrder.push_back(pControl);
@@ -191,6 +192,27 @@ void WinForm::SetIcon(IconKind eKind, std::uint32_t hIcon) {
   ahIcon.at(static_cast<std::size_t>(eKind)) = std::move(hNew);
 }
 
+// ---- Keys ---------------------------------------------------------------------------------------
+
+bool WinForm::RunDesignedKey(WPARAM wKey) {
+  if (::GetKeyState(VK_MENU) < 0 || ::GetKeyState(VK_SHIFT) < 0) return false;
+  const KeyDesign tKey{static_cast<std::int16_t>(wKey), ::GetKeyState(VK_CONTROL) < 0};
+  if (const WORD iCommand = tMenus.CommandOf(tKey); iCommand != 0) {
+    ReportMenuClick(iCommand);
+    return true;
+  }
+  const auto itButton =
+      std::ranges::find(atButtonKey, tKey, &std::pair<KeyDesign, ControlWindow*>::first);
+  if (itButton == atButtonKey.end()) return false;
+  // As a click does, the key first leaves the field that was edited: that is posted, and so is the
+  // press behind it.
+  if (itButton->second->TakesFocus()) {
+    FocusOn(*itButton->second);
+    ::PostMessageW(itButton->second->Handle(), BM_CLICK, 0, 0);
+  }
+  return true;
+}
+
 // ---- Focus --------------------------------------------------------------------------------------
 
 void WinForm::FocusOn(const ControlWindow& tControl) {
@@ -270,14 +292,19 @@ void WinForm::SetMenuVisible(std::int16_t iMenu, std::int16_t iIndex, bool bVisi
   if (auto* const pItem = tMenus.Find(iMenu, iIndex)) pItem->bVisible = bVisible;
 }
 
-void WinForm::ShowPopupMenu(std::int16_t iMenu) {
+void WinForm::ShowPopupMenu(std::int16_t iMenu, std::optional<TwipsPoint> tAt) {
   const HMENU hMenu = tMenus.Handle(iMenu);
   if (hMenu == nullptr || IsUnloaded()) return;
   const auto pKeep = shared_from_this();
-  POINT tPointer = {};
-  ::GetCursorPos(&tPointer);
-  const BOOL lCommand = ::TrackPopupMenu(hMenu, TPM_RIGHTBUTTON | TPM_RETURNCMD, tPointer.x,
-                                         tPointer.y, 0, hWnd, nullptr);
+  POINT tCorner = {};
+  if (tAt.has_value()) {
+    tCorner = {PixelsOf(tAt->lLeft), PixelsOf(tAt->lTop)};
+    ::ClientToScreen(hWnd, &tCorner);
+  } else {
+    ::GetCursorPos(&tCorner);
+  }
+  const BOOL lCommand = ::TrackPopupMenu(hMenu, TPM_RIGHTBUTTON | TPM_RETURNCMD, tCorner.x,
+                                         tCorner.y, 0, hWnd, nullptr);
   if (lCommand != 0) ReportMenuClick(static_cast<WORD>(lCommand));
 }
 
@@ -339,6 +366,9 @@ LRESULT WinForm::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
     case WM_SETFOCUS:
       RestoreFocus();
       return 0;
+    case WM_KEYDOWN:  // of a form of which no control has the focus
+      if (RunDesignedKey(wParam)) return 0;
+      break;
     case WM_GETMINMAXINFO:
       LimitTracking(*reinterpret_cast<MINMAXINFO*>(lParam));
       return 0;

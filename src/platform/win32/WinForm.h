@@ -38,13 +38,15 @@ class WinForm final : public FormCore {
   void SetMenuCaption(std::int16_t iMenu, std::int16_t iIndex, std::string_view sCaption) override;
   void SetMenuChecked(std::int16_t iMenu, std::int16_t iIndex, bool bChecked) override;
   void SetMenuVisible(std::int16_t iMenu, std::int16_t iIndex, bool bVisible) override;
-  void ShowPopupMenu(std::int16_t iMenu) override;
+  void ShowPopupMenu(std::int16_t iMenu, std::optional<TwipsPoint> tAt) override;
   FileDialogResult ShowFileDialog(const FileDialogRequest& tRequest) override;
 
   HWND Window() const { return hWnd; }
 
   // What follows is for the form's controls.
 
+  /// Does what the design has a pressed key do wherever the focus is; false: nothing.
+  bool RunDesignedKey(WPARAM wKey);
   /// Gives a control the keyboard focus, at once or when the form becomes active.
   void FocusOn(const ControlWindow& tControl);
   /// Has the next control in the tab order take the focus over, if any can.
@@ -79,6 +81,7 @@ class WinForm final : public FormCore {
   Size tSmallest;
   UINT lTimerInterval;
   WinMenus tMenus;
+  std::vector<std::pair<KeyDesign, ControlWindow*>> atButtonKey;
   OwnedFont hFont;
   OwnedFont hListingFont;
   HWND hWnd = nullptr;

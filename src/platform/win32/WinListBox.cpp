@@ -191,7 +191,18 @@ void ListWindow::Notified(WORD iCode) {
   if (iCode == LBN_DBLCLK) Report(&FormEvents::DblClick);
 }
 
+/// The system's list has no texts that a typed character could be looked for in.
+void ListWindow::GoToLineTyped(char bCharacter) {
+  const std::int32_t lLine =
+      LineCount() > 0 ? NextLineBeginning(*pLines, SelectedIndex(), bCharacter) : -1;
+  if (lLine >= 0 && Ask(LB_SETCURSEL, lLine) != LB_ERR) Report(&FormEvents::Click);
+}
+
 LRESULT ListWindow::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
+  if (uMsg == WM_CHAR) {
+    GoToLineTyped(static_cast<char>(wParam));
+    return 0;
+  }
   const LRESULT lResult = ControlWindow::OnMessage(uMsg, wParam, lParam);
   std::int16_t iButton = 0;
   if (uMsg == WM_LBUTTONUP) iButton = 1;

@@ -37,6 +37,7 @@ class ListWindow final : public ListBox, public ControlWindow {
   /// Columns of the longest of some lines.
   std::int32_t Longest(std::int32_t lFirst, std::int32_t lCount) const;
   std::int32_t Extent() const;  // width of the longest line in pixels
+  void GoToLineTyped(char bCharacter);
   void Show(std::int32_t lTop, std::int32_t lSelected);
   void DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLine) const;
 

@@ -9,7 +9,24 @@ namespace platform::win32 {
 namespace {
 
 /// Holds the menu's number, from 1, and the index: 0 is what a message without a command has.
-WORD CommandOf(std::int16_t iMenu, std::int16_t iIndex) { return MAKEWORD(iIndex, iMenu + 1); }
+WORD CommandOfEntry(std::int16_t iMenu, std::int16_t iIndex) { return MAKEWORD(iIndex, iMenu + 1); }
+
+/// A designed key as it stands beside a command; empty for none.
+std::wstring KeyText(const KeyDesign& tKey) {
+  if (tKey.iKeyCode == 0) return {};
+  const std::wstring sKey = tKey.iKeyCode < VK_F1
+                                ? std::wstring(1, static_cast<wchar_t>(tKey.iKeyCode))
+                                : L"F" + std::to_wstring(tKey.iKeyCode - VK_F1 + 1);
+  return (tKey.bControl ? L"\tCtrl+" : L"\t") + sKey;
+}
+
+/// A menu's caption with its access key marked.
+std::wstring MarkedCaption(const MenuDesign& tDesign) {
+  std::wstring sCaption = WideOf(tDesign.sCaption);
+  if (tDesign.bAccessKey != 0)
+    sCaption.insert(sCaption.find(static_cast<wchar_t>(tDesign.bAccessKey)), 1, L'&');
+  return sCaption;
+}
 
 void RemoveEntries(HMENU hMenu) {
   for (int lEntry = ::GetMenuItemCount(hMenu); lEntry > 0; --lEntry)
@@ -21,9 +38,9 @@ void RemoveEntries(HMENU hMenu) {
 WinMenus::WinMenus(std::span<const MenuDesign> atDesign) {
   atEntry.reserve(atDesign.size());
   for (const MenuDesign& tDesign : atDesign) {
-    Entry& tEntry =
-        atEntry.emplace_back(Entry{tDesign.iMenu, tDesign.iParent, tDesign.eKind, nullptr, {}});
-    tEntry.colItem[0] = {WideOf(tDesign.sCaption), false, tDesign.bVisible};
+    Entry& tEntry = atEntry.emplace_back(
+        Entry{tDesign.iMenu, tDesign.iParent, tDesign.eKind, tDesign.tKey, nullptr, {}});
+    tEntry.colItem[0] = {MarkedCaption(tDesign), false, tDesign.bVisible};
     if (tDesign.eKind == MenuKind::Menu || tDesign.eKind == MenuKind::Popup)
       tEntry.hOwn.reset(::CreatePopupMenu());
     if (tDesign.eKind == MenuKind::Menu && tDesign.iParent < 0) {
@@ -76,10 +93,16 @@ void WinMenus::Fill(HMENU hOpening) const {
                       tItem.sCaption.c_str());
       } else {
         ::AppendMenuW(hOpening, tItem.bChecked ? MF_CHECKED : MF_STRING,
-                      CommandOf(tEntry.iMenu, iIndex), tItem.sCaption.c_str());
+                      CommandOfEntry(tEntry.iMenu, iIndex),
+                      (tItem.sCaption + KeyText(tEntry.tKey)).c_str());
       }
     }
   }
+}
+
+WORD WinMenus::CommandOf(const KeyDesign& tKey) const {
+  const auto itEntry = std::ranges::find(atEntry, tKey, &Entry::tKey);
+  return itEntry == atEntry.end() ? WORD{0} : CommandOfEntry(itEntry->iMenu, 0);
 }
 
 std::pair<std::int16_t, std::int16_t> WinMenus::EntryOf(WORD iCommand) {

@@ -34,6 +34,9 @@ class WinMenus {
   HMENU Handle(std::int16_t iMenu) { return EntryAt(iMenu).hOwn.get(); }  ///< nullptr: opens none
   void Fill(HMENU hOpening) const;  ///< for WM_INITMENUPOPUP; others' menus are left alone
 
+  /// The command identifier of the item that the design gives a key; 0: none.
+  WORD CommandOf(const KeyDesign& tKey) const;
+
   /// The menu entry of a command identifier, as menu number and index.
   static std::pair<std::int16_t, std::int16_t> EntryOf(WORD iCommand);
 
@@ -48,6 +51,7 @@ class WinMenus {
     std::int16_t iMenu;
     std::int16_t iParent;
     MenuKind eKind;
+    KeyDesign tKey;
     OwnedMenu hOwn;  // of a menu that opens
     std::map<std::int16_t, Item> colItem;
   };

@@ -167,7 +167,7 @@ TEST_F(QtToolkitTest, UnloadedInsideItsOwnHandlers) {
       {"OK", fnBox(48), 1},
       {"OK and Cancel", fnBox(33), 2},
       {"Yes and No", fnBox(36), 7},
-      {"menu", [](Form& frm) { return frm.ShowPopupMenu(MNU_DIS_POPUP), 0; }, 0},
+      {"menu", [](Form& frm) { return frm.ShowPopupMenu(MNU_DIS_POPUP, std::nullopt), 0; }, 0},
       {"file", [](Form& frm) { return static_cast<std::int32_t>(frm.ShowFileDialog({}).eOutcome); },
        static_cast<std::int32_t>(FileDialogResult::Outcome::Cancelled)},
   };
@@ -266,6 +266,76 @@ TEST_F(QtToolkitTest, FileNamesAreTakenAsTyped) {
     const FileDialogResult tResult = frm.ShowFileDialog(tRequest);
     EXPECT_EQ(tResult.eOutcome, FileDialogResult::Outcome::Chosen) << sName.toStdString();
     EXPECT_EQ(tResult.sPath, sPath.toStdString());
+  }
+}
+
+TEST_F(QtToolkitTest, KeysOfTheDesignWorkWhereverTheFocusIs) {
+  Recorder& tEvents = LoadShown();
+  Form& frm = *tEvents.frm;
+  Lines tLines(40);
+  tLines.asLine.at(30) = "C000 00";
+  frm.ListBoxOf(LST_DIS).SetLines(&tLines);
+  frm.ControlOf(TXT_ASM).SetVisible(true);
+  struct Case {
+    const char* sWhat;
+    Qt::Key eKey;
+    Qt::KeyboardModifiers eModifiers;
+    const char* sEvent;
+  };
+  for (const char* sFocus : {"txtStart", "txtAsm", "lstDis", "chkAllow"}) {
+    for (const Case& tCase : {
+             Case{"save", Qt::Key_S, Qt::ControlModifier, "MenuClick 1 0"},
+             Case{"new window", Qt::Key_N, Qt::ControlModifier, "MenuClick 3 0"},
+             Case{"list again", Qt::Key_F5, {}, "Click 4"},
+         }) {
+      SCOPED_TRACE(std::string(tCase.sWhat) + " in " + sFocus);
+      auto& tWidget = Child<QWidget>(frm, sFocus);
+      tWidget.setFocus();
+      Pump();
+      asLog.clear();
+      QTest::keyClick(&tWidget, tCase.eKey, tCase.eModifiers);
+      EXPECT_EQ(std::count(asLog.begin(), asLog.end(), tCase.sEvent), 1);
+    }
+  }
+  // The key leaves an edited field first, as a click would; a disabled button hears nothing.
+  auto& txtEnd = Child<QLineEdit>(frm, "txtEnd");
+  for (const bool bEnabled : {true, false}) {
+    frm.ControlOf(CMD_DISASS).SetEnabled(bEnabled);
+    txtEnd.setFocus();
+    Pump();
+    asLog.clear();
+    QTest::keyClick(&txtEnd, Qt::Key_F5);
+    const Log asPressed = {"LostFocus 3", "GotFocus 4", "Click 4"};
+    EXPECT_EQ(asLog, bEnabled ? asPressed : Log{});
+  }
+  // Alt and a menu's first letter open it.
+  for (const auto& [eKey, sItem] : {std::pair(Qt::Key_F, "Save"), {Qt::Key_W, "Open new window"}}) {
+    QString sOpen;
+    After(30, [&] {
+      if (auto* mnuOpen = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+        sOpen = mnuOpen->actions().constFirst()->text();
+        mnuOpen->close();
+      }
+    });
+    QTest::keyClick(&txtEnd, eKey, Qt::AltModifier);
+    QTest::qWait(60);
+    EXPECT_EQ(sOpen.toStdString(), sItem);
+  }
+  // In the listing the menu key asks the form, and a character leads to the next line that begins
+  // with it.
+  auto& lstView = Child<QListView>(frm, "lstDis");
+  lstView.setFocus();
+  Pump();
+  asLog.clear();
+  QTest::keyClick(&lstView, Qt::Key_Menu);
+  QTest::keyClick(&lstView, Qt::Key_F10, Qt::ShiftModifier);
+  EXPECT_EQ(std::count(asLog.begin(), asLog.end(), "KeyDown 8 93"), 2);
+  ListBox& lst = frm.ListBoxOf(LST_DIS);
+  lst.SetSelectedIndex(5);
+  for (const auto& [sTyped, lLine] :
+       {std::pair("8", 6), {"C", 30}, {"C", 30}, {"8", 31}, {"F", 31}}) {
+    QTest::keyClicks(&lstView, sTyped);
+    EXPECT_EQ(lst.SelectedIndex(), lLine) << sTyped;
   }
 }
 
