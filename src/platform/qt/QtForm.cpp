@@ -14,6 +14,7 @@
 #include <QWheelEvent>
 #include <QWindow>
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 #include "platform/qt/QtControls.h"
@@ -21,6 +22,13 @@
 #include "platform/qt/QtMetrics.h"
 
 namespace platform::qt {
+
+namespace {
+
+/// How long a Wayland compositor may take to give a window the focus.
+constexpr std::chrono::milliseconds FOCUS_PATIENCE{300};
+
+}  // namespace
 
 QtForm::QtForm(QtToolkit& tItsToolkit, const FormDesign& tDesign,
                std::shared_ptr<FormEvents> pLogic)
@@ -34,6 +42,8 @@ QtForm::QtForm(QtToolkit& tItsToolkit, const FormDesign& tDesign,
   setWindowTitle(TextOf(tDesign.sCaption));
   BuildControls(tDesign);
   tmrForm.setInterval(tDesign.iTimerInterval);
+  tmrFocus.setSingleShot(true);
+  QObject::connect(&tmrFocus, &QTimer::timeout, this, [this]() { MapAgain(); });
   QObject::connect(&tmrForm, &QTimer::timeout, this,
                    [this]() { Deliver([](FormEvents& tEvents) { tEvents.Timer(); }); });
   tmrPlacing.setInterval(QtPlacing::TICK_MS);
@@ -170,6 +180,7 @@ void QtForm::SetState(WindowState eState) {
 void QtForm::Show() {
   if (IsUnloaded()) return;
   tToolkit.NoteOwnAction();
+  const bool bWasVisible = isVisible();
   if (!WasShown()) {
     NoteShown();
     create();
@@ -178,6 +189,18 @@ void QtForm::Show() {
   show();
   BringToTop();
   SetFocus();
+  if (bWasVisible && QtToolkit::OnWayland()) tmrFocus.start(FOCUS_PATIENCE);
+}
+
+/// A compositor need not hand the focus on, and mutter refuses it to a click of the mouse, as
+/// Qt 6.4 names a later event for it. A window that comes anew is in front everywhere.
+void QtForm::MapAgain() {
+  if (!isVisible() || isActiveWindow() || !apDialog.empty() ||
+      QGuiApplication::focusWindow() == nullptr)  // the user has gone elsewhere
+    return;
+  tToolkit.NoteOwnAction();
+  hide();
+  show();
 }
 
 void QtForm::BringToTop() {

@@ -84,6 +84,7 @@ class QtForm final : public QWidget, public FormCore {
   void ReportChange();
   void LetPlacingTick();
   QRect ClientPlace() const;
+  void MapAgain();
   void ReportActivation();
   bool FrameWasPressed() const;
 
@@ -91,6 +92,7 @@ class QtForm final : public QWidget, public FormCore {
   QWidget* pClient;
   QtMenus tMenus;
   QTimer tmrForm;
+  QTimer tmrFocus;  // runs while a Wayland compositor was asked for the focus
   std::int16_t iFocus = -1;
   bool bFocusTaken = false;
   QtPlacing tPlacing;
