@@ -88,7 +88,9 @@ double Contrast(Color tOne, Color tOther) {
 
 Color QuietOn(Color tBack, Color tText) { return FaintOn(tBack, tText, READABLE); }
 
-Color DisabledOn(Color tBack, Color tText) { return FaintOn(tBack, tText, THIN); }
+Color DisabledOn(Color tBack, Color tText, Color tDisabled) {
+  return Contrast(tDisabled, tBack) >= READABLE ? tDisabled : FaintOn(tBack, tText, THIN);
+}
 
 Color FrameOn(Color tWindow, Color tFrame) {
   return OnTheWay(tFrame, PoleFrom(tWindow), tWindow, VISIBLE);

@@ -23,9 +23,12 @@ double Contrast(Color tOne, Color tOther);
 /// it can still be read there.
 Color QuietOn(Color tBack, Color tText);
 
-/// The colour of a disabled control's text, which is readable, too. It is stronger than a quiet
-/// one: the thin letters of forms reach their full colour in few pixels only.
-Color DisabledOn(Color tBack, Color tText);
+/// The colour of a disabled control's text, which is readable, too: the theme's own, or else one
+/// that is stronger than a quiet one, for the thin letters of forms reach their full colour in few
+/// pixels only.
+/// @param tText      the text of a control that is not disabled
+/// @param tDisabled  the theme's own
+Color DisabledOn(Color tBack, Color tText, Color tDisabled);
 
 /// A frame's colour, made to stand out from the window that it stands on where it does not.
 Color FrameOn(Color tWindow, Color tFrame);

@@ -56,7 +56,9 @@ void FormStyle::polish(QPalette& tPalette) {
         {QPalette::Button, QPalette::ButtonText, LIGHTER_BUTTON}}) {
     const QColor tBack = tPalette.color(QPalette::Disabled, eBack).lighter(lLighter);
     const QColor tText = tPalette.color(QPalette::Active, eText);
-    tPalette.setColor(QPalette::Disabled, eText, Shown(DisabledOn(ColorOf(tBack), ColorOf(tText))));
+    const QColor tOwn = tPalette.color(QPalette::Disabled, eText);
+    tPalette.setColor(QPalette::Disabled, eText,
+                      Shown(DisabledOn(ColorOf(tBack), ColorOf(tText), ColorOf(tOwn))));
   }
 }
 

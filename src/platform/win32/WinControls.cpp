@@ -4,6 +4,7 @@
 
 #include "platform/ListText.h"
 #include "platform/win32/SystemHandles.h"
+#include "platform/win32/WinColors.h"
 #include "platform/win32/WinForm.h"
 #include "platform/win32/WinListBox.h"
 #include "platform/win32/WinMetrics.h"
@@ -124,8 +125,6 @@ bool ControlWindow::ReportKeyDown(WPARAM wKey) {
 /// Tab key; so the control itself sees to it.
 LRESULT ControlWindow::OnKeyDown(WPARAM wKey, LPARAM lParam) {
   if (wKey == VK_TAB) {
-    // Windows hides where the focus is until it is moved by key.
-    ::SendMessageA(frm.Window(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
     frm.FocusNext(*this, ::GetKeyState(VK_SHIFT) < 0);
     return 0;
   }
@@ -242,12 +241,44 @@ class EditWindow final : public TextBox, public ControlWindow {
 
  protected:
   LRESULT OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) override {
-    if (uMsg != WM_PASTE || lMaxLength == 0) return ControlWindow::OnMessage(uMsg, wParam, lParam);
-    Insert(ClipboardText());
-    return 0;
+    if (uMsg == WM_PAINT && !Enabled()) {
+      DrawDisabled();
+      return 0;
+    }
+    if (uMsg == WM_PASTE && lMaxLength != 0) {
+      Insert(ClipboardText());
+      return 0;
+    }
+    const LRESULT lResult = ControlWindow::OnMessage(uMsg, wParam, lParam);
+    // What the control draws by itself is in its own colours.
+    if ((uMsg == WM_ENABLE || uMsg == WM_SETTEXT) && !Enabled())
+      ::InvalidateRect(Handle(), nullptr, TRUE);
+    return lResult;
   }
 
  private:
+  /// The control itself draws disabled text in the system's grey, whatever it is told, and that
+  /// can hardly be read.
+  void DrawDisabled() const {
+    PAINTSTRUCT tPaint = {};
+    const HDC hSurface = ::BeginPaint(Handle(), &tPaint);
+    const HGDIOBJ hBefore = ::SelectObject(
+        hSurface, reinterpret_cast<HGDIOBJ>(::SendMessageA(Handle(), WM_GETFONT, 0, 0)));
+    const Color tBack = SystemColor(COLOR_BTNFACE);
+    ::SetBkColor(hSurface, Shown(tBack));
+    ::SetTextColor(hSurface, Shown(DisabledOn(tBack, SystemColor(COLOR_BTNTEXT),
+                                              SystemColor(COLOR_GRAYTEXT))));
+    RECT tInside = {};
+    RECT tText = {};
+    ::GetClientRect(Handle(), &tInside);
+    ::SendMessageA(Handle(), EM_GETRECT, 0, reinterpret_cast<LPARAM>(&tText));
+    const std::wstring sText = WideOf(Text());
+    ::ExtTextOutW(hSurface, tText.left, tText.top, ETO_OPAQUE | ETO_CLIPPED, &tInside, sText.data(),
+                  static_cast<UINT>(sText.size()), nullptr);
+    ::SelectObject(hSurface, hBefore);
+    ::EndPaint(Handle(), &tPaint);
+  }
+
   void Insert(std::wstring sText) {
     DWORD lStart = 0;
     DWORD lEnd = 0;

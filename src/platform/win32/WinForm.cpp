@@ -85,6 +85,8 @@ WinForm::WinForm(WinToolkit& tItsToolkit, const FormDesign& tDesign,
     AddControl(tControl.iControl, std::move(pControl));
   }
   for (const auto& [iOrder, pControl] : colTab) apTabOrder.push_back(pControl);
+  // Windows hides where the focus is until it is moved by key; clicks and the program move it, too.
+  ::SendMessageA(hWnd, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
 }
 
 WinForm::~WinForm() {

@@ -5,6 +5,7 @@
 
 #include "platform/ListText.h"
 #include "platform/win32/SystemHandles.h"
+#include "platform/win32/WinColors.h"
 #include "platform/win32/WinForm.h"
 #include "platform/win32/WinMetrics.h"
 
@@ -19,9 +20,10 @@ constexpr ControlClass LIST_CLASS = {
 
 constexpr std::int32_t MARK_TWIPS = 30;
 
-COLORREF Mixed(COLORREF lOne, COLORREF lOther) {
-  return RGB((GetRValue(lOne) + GetRValue(lOther)) / 2, (GetGValue(lOne) + GetGValue(lOther)) / 2,
-             (GetBValue(lOne) + GetBValue(lOther)) / 2);
+LineColors ColorsOf(LineState eState) {
+  return LineColorsOf({SystemColor(COLOR_WINDOW), SystemColor(COLOR_WINDOWTEXT),
+                       SystemColor(COLOR_HIGHLIGHT), SystemColor(COLOR_HIGHLIGHTTEXT)},
+                      eState);
 }
 
 /// Distance of the lines' text from the left edge of the list's inside.
@@ -138,19 +140,25 @@ std::uint32_t ListWindow::WindowHandle() const { return NumberOf(Handle()); }
 
 void ListWindow::Draw(const DRAWITEMSTRUCT& tItem) const {
   const auto lLine = static_cast<std::int32_t>(tItem.itemID);  // -1: an empty list with the focus
-  const bool bSelected = (tItem.itemState & ODS_SELECTED) != 0;
+  LineState eState = LineState::Plain;
+  if ((tItem.itemState & ODS_SELECTED) != 0)
+    eState = ::GetFocus() == Handle() ? LineState::Selected : LineState::SelectedAway;
+  const LineColors tColors = ColorsOf(eState);
   const HGDIOBJ hBefore = ::SelectObject(tItem.hDC, hFont);
-  ::SetTextColor(tItem.hDC, ::GetSysColor(bSelected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
-  ::SetBkColor(tItem.hDC, ::GetSysColor(bSelected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
-  const bool bLine = lLine >= 0 && lLine < LineCount();
-  DrawLine(tItem.hDC, tItem.rcItem, bLine ? pLines->Line(lLine) : std::string_view());
+  ::SetTextColor(tItem.hDC, Shown(tColors.tText));  // a focus rectangle is drawn in these, too
+  ::SetBkColor(tItem.hDC, Shown(tColors.tBack));
+  ::ExtTextOutW(tItem.hDC, 0, 0, ETO_OPAQUE, &tItem.rcItem, nullptr, 0, nullptr);
+  if (lLine >= 0 && lLine < LineCount())
+    DrawLine(tItem.hDC, tItem.rcItem, pLines->Line(lLine), tColors);
+  ::SetTextColor(tItem.hDC, Shown(tColors.tText));
   if ((tItem.itemState & (ODS_FOCUS | ODS_NOFOCUSRECT)) == ODS_FOCUS)
     ::DrawFocusRect(tItem.hDC, &tItem.rcItem);
   ::SelectObject(tItem.hDC, hBefore);
 }
 
 /// Draws the visible columns of a line, which may have a hundred thousand.
-void ListWindow::DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLine) const {
+void ListWindow::DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLine,
+                          const LineColors& tColors) const {
   RECT tInside = {};
   ::GetClientRect(Handle(), &tInside);
   const int lLeft = tLine.left + TextLeft();
@@ -158,10 +166,10 @@ void ListWindow::DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLin
   POINT tStart = {lLeft, tLine.top};
   ::LPtoDP(hSurface, &tStart, 1);
   const int lFirst = std::max(0, -static_cast<int>(tStart.x) / lColumn);
-  const int lColumns = std::max(0, static_cast<int>(sLine.size()) - lFirst);
-  sLine = sLine.substr(
-      static_cast<std::size_t>(lColumns == 0 ? 0 : lFirst),
-      static_cast<std::size_t>(std::min(lColumns, static_cast<int>(tInside.right) / lColumn + 2)));
+  const int lEnd = std::min(static_cast<int>(sLine.size()),
+                            lFirst + static_cast<int>(tInside.right) / lColumn + 2);
+  if (lFirst >= lEnd) return;
+  sLine = sLine.substr(static_cast<std::size_t>(lFirst), static_cast<std::size_t>(lEnd - lFirst));
   std::wstring sShown(sLine.size(), L' ');
   std::ranges::transform(sLine, sShown.begin(), [](char bCharacter) {
     const auto bCode = static_cast<unsigned char>(bCharacter);
@@ -169,12 +177,19 @@ void ListWindow::DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLin
   });
   const std::vector<INT> alWidth(sShown.size(), lColumn);
   const int lX = lLeft + lFirst * lColumn;
-  ::ExtTextOutW(hSurface, lX, tLine.top, ETO_OPAQUE | ETO_CLIPPED, &tLine, sShown.data(),
-                static_cast<UINT>(sShown.size()), alWidth.data());
+  const int lMode = ::SetBkMode(hSurface, TRANSPARENT);  // letters may reach into the next part
+  for (int lAt = lFirst; lAt < lEnd;) {
+    const ColumnRun tRun = RunAt(pLines->QuietColumns(), lAt);
+    const int lRunEnd = std::min(tRun.lEnd, lEnd);
+    ::SetTextColor(hSurface, Shown(tRun.bQuiet ? tColors.tQuiet : tColors.tText));
+    ::ExtTextOutW(hSurface, lLeft + lAt * lColumn, tLine.top, ETO_CLIPPED, &tLine,
+                  sShown.data() + (lAt - lFirst), static_cast<UINT>(lRunEnd - lAt), alWidth.data());
+    lAt = lRunEnd;
+  }
+  ::SetBkMode(hSurface, lMode);
 
   const int lMark = std::max(1, PixelsOf(MARK_TWIPS));
-  const OwnedBrush hBrush(
-      ::CreateSolidBrush(Mixed(::GetTextColor(hSurface), ::GetBkColor(hSurface))));
+  const OwnedBrush hBrush(::CreateSolidBrush(Shown(tColors.tQuiet)));
   for (std::size_t lAt = 0; lAt < sLine.size(); ++lAt) {
     if (!IsShownAsMark(static_cast<unsigned char>(sLine[lAt]))) continue;
     const int lMarkX = lX + static_cast<int>(lAt) * lColumn + (lColumn - lMark) / 2;
@@ -204,6 +219,8 @@ LRESULT ListWindow::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
     return 0;
   }
   const LRESULT lResult = ControlWindow::OnMessage(uMsg, wParam, lParam);
+  // The selected line looks otherwise without the keyboard.
+  if (uMsg == WM_SETFOCUS || uMsg == WM_KILLFOCUS) ::InvalidateRect(Handle(), nullptr, FALSE);
   std::int16_t iButton = 0;
   if (uMsg == WM_LBUTTONUP) iButton = 1;
   if (uMsg == WM_RBUTTONUP) iButton = 2;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Colors.h"
 #include "platform/Toolkit.h"
 #include "platform/win32/WinControls.h"
 
@@ -39,7 +40,8 @@ class ListWindow final : public ListBox, public ControlWindow {
   std::int32_t Extent() const;  // width of the longest line in pixels
   void GoToLineTyped(char bCharacter);
   void Show(std::int32_t lTop, std::int32_t lSelected);
-  void DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLine) const;
+  void DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLine,
+                const LineColors& tColors) const;
 
   HFONT hFont;
   const ListLines* pLines = nullptr;
