@@ -189,15 +189,16 @@ def Round(t, tReader):
     Expect("table cell 8003 .* selected")
 
     # The pop-up menu, and what it does.
-    t.frm.Line(1, "click", 3)
+    Keys("shift+F10")
+    Expect("popup menu Disassembler")
     tMenu = tReader.Find("popup menu", "Disassembler")
     assert tMenu.get_parent().get_role_name() == "application"
     assert tMenu.get_parent().get_child_at_index(tMenu.get_index_in_parent()) == tMenu
     Keys("Down")
     Expect("menu item Set breakpoint here")
     Keys("Return")
-    t.tEmulator.Expect("breakpoint 8002")
-    Expect("table cell 8002 .* selected")
+    t.tEmulator.Expect("breakpoint 8003")
+    Expect("table cell 8003 .* selected")
 
     # The save dialog, whose name field has words.
     sPath = t.tSystem.sFolder + "/the listing.txt"
@@ -214,7 +215,7 @@ def Round(t, tReader):
     Expect("push button .*OK")
     tReader.Find("label", "File saved")
     Keys("Return")
-    Expect("table cell 8002 .* selected")
+    Expect("table cell 8003 .* selected")
     assert open(sPath, "rb").read().startswith(b"8001 AF ")
 
 
@@ -222,11 +223,11 @@ def Fields(t, tReader):
     """Every text field, empty, short and full."""
     tReader.asHeard.clear()
     t.tDesktop.Keys("Return")
-    tReader.Expect("text Instruction at 8002 'NOP'")
+    tReader.Expect("text Instruction at 8003 'LD SP,0000'")
     for sText in ("LD (IX+05),'", "A", "", "    "):
         t.tDesktop.Keys("ctrl+a", "BackSpace")
         t.tDesktop.Type(sText)
-        tEditor = tReader.Find("text", "Instruction at 8002")
+        tEditor = tReader.Find("text", "Instruction at 8003")
         tReader.Wait(lambda: Contents(tEditor) == sText, "%r in the editor" % sText)
         AskEveryPart(tEditor)
     t.tDesktop.Keys("Escape")

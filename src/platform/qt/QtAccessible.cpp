@@ -415,6 +415,14 @@ void ReportSoon(QWidget& tWidget, const std::function<void()>& fnReport) {
 
 void InstallAccessibility() { QAccessible::installFactory(Described); }
 
+void ReportPopupSoon(QMenu& mnu) {
+  if (!QAccessible::isActive()) return;
+  ReportSoon(mnu, [&mnu]() {
+    QAccessibleEvent tFocus(&mnu, QAccessible::Focus);
+    if (mnu.isVisible() && mnu.activeAction() == nullptr) QAccessible::updateAccessibility(&tFocus);
+  });
+}
+
 void RenameField(QLineEdit& txt, const QString& sName) {
   if (QAccessible::isActive()) {
     QAccessibleInterface* const pKnown = QAccessible::queryAccessibleInterface(&txt);

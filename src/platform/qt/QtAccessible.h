@@ -3,6 +3,7 @@
 #include <QAccessible>
 
 class QLineEdit;
+class QMenu;
 class QString;
 
 namespace platform::qt {
@@ -30,6 +31,10 @@ class UntoldChange {
 /// Gives a field the name that assistive tools know it by. Where it has the focus they are told of
 /// another field with that name that got the focus: a screen reader says nothing of a new name.
 void RenameField(QLineEdit& txt, const QString& sName);
+
+/// Tells assistive tools of a pop-up menu that opens without an item being chosen, of which they
+/// would hear nothing.
+void ReportPopupSoon(QMenu& mnu);
 
 /// Tells assistive tools that the focus is on a list's selected line, where the list has the focus
 /// and a line is selected.

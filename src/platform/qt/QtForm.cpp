@@ -17,6 +17,7 @@
 #include <chrono>
 #include <cmath>
 
+#include "platform/qt/QtAccessible.h"
 #include "platform/qt/QtControls.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtMetrics.h"
@@ -283,6 +284,7 @@ void QtForm::ShowPopupMenu(std::int16_t iMenu, std::optional<TwipsPoint> tAt) {
   QMenu* mnuPopup = tMenus.Popup(iMenu);
   if (mnuPopup == nullptr || IsUnloaded()) return;
   const auto pKeep = shared_from_this();
+  ReportPopupSoon(*mnuPopup);
   mnuPopup->exec(tAt.has_value()
                      ? pClient->mapToGlobal(QPoint(PixelsX(tAt->lLeft), PixelsY(tAt->lTop)))
                      : QCursor::pos());
