@@ -602,11 +602,15 @@ TEST_F(QtToolkitTest, AllCanBeReadAndOnlyWhatHasTheKeysLooksSoInEveryTheme) {
       frmOther.SetFocus();
       Pump();
       EXPECT_EQ(fnPicture(iFocus), colWithout[iFocus]) << iFocus << " while another window is used";
+      // As under a message box: the program gives the focus to another control meanwhile.
+      const std::int16_t iNext = iFocus == LST_DIS ? CHK_LONG : LST_DIS;
+      frm.ControlOf(iNext).SetFocus();
       frm.SetFocus();
       Pump();
+      EXPECT_EQ(fnPicture(iFocus), colWithout[iFocus]) << iFocus << " when another one came back";
       // It may have lost the focus again before the form hears that it had it.
       frm.ControlOf(iFocus).SetFocus();
-      frm.ControlOf(iFocus == LST_DIS ? CHK_LONG : LST_DIS).SetFocus();
+      frm.ControlOf(iNext).SetFocus();
       Pump();
       EXPECT_EQ(fnPicture(iFocus), colWithout[iFocus]) << iFocus << " when the focus has gone on";
     }
