@@ -96,7 +96,7 @@ class QuotesKeepingDialog final : public QFileDialog {
     const QString sPath = directory().absoluteFilePath(txtName->text());
     if (QFileInfo(sPath).isDir()) return setDirectory(sPath);
     sQuoted = sPath;
-    QDialog::accept();
+    done(QDialog::Accepted);
   }
 
  private:
