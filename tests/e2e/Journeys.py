@@ -224,7 +224,11 @@ def Questions(t):
     t.frm.Line(0, "click", "--repeat", 2, 1)
     Ask("ld bc,1234", (PROTECTED, DEFAULT))
     Ask("", (PROTECTED, OTHER), (LONGER, DEFAULT))  # the text has stayed
-    Ask("", (PROTECTED, ESC))
+    t.tDesktop.Type("\n")
+    t.tDesktop.Window(PROTECTED)
+    t.frm.Click(CMD_DISASS, "click", 1)  # a click behind the box leaves it its keys
+    time.sleep(0.5)
+    t.tDesktop.Answer(PROTECTED, *ESC)
     assert t.tEmulator.Memory() == abMemory
     t.Edit("ld b,c", "9000: 41")
     Ask("ld a,12", (PROTECTED, OTHER), (LONGER, OTHER))

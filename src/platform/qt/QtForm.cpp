@@ -300,6 +300,11 @@ int QtForm::RunDialog(QDialog& tDialog) {
   const auto pKeep = shared_from_this();
   tDialog.setWindowModality(Qt::WindowModal);
   apDialog.push_back(&tDialog);
+  // Some window managers give the keyboard to this form when it is clicked behind the dialog.
+  QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, &tDialog,
+                   [this](const QWindow* pNow) {
+                     if (pNow == windowHandle()) apDialog.back()->activateWindow();
+                   });
   const int lResult = tDialog.exec();
   std::erase(apDialog, &tDialog);
   if (IsUnloaded()) {
