@@ -232,6 +232,11 @@ class Desktop:
         self.Keys(*asKey)
         Until(lambda: frmBox.IsGone() and self.Focused(), "%r to go" % sTitle)
 
+    def Size(self, frm):
+        """How wide and high the X server's window is."""
+        sGeometry = self.Ask("getwindowgeometry", "--shell", frm.sId)
+        return tuple(int(sValue) for sValue in re.findall(r"(?:WIDTH|HEIGHT)=(\d+)", sGeometry))
+
     def Pixel(self, lX, lY):
         """What stands on the screen there, as the server keeps it: in a file, as an XWD image."""
         if self.tScreen is None:

@@ -458,6 +458,18 @@ def Placement(t):
     t.frm = frmSecond
     Restart()
     Until(lambda: t.frm.Place() == tPlace, "the last window's place")
+    # A size at which nothing could be seen is not kept to.
+    for sSize in ("0", "-500", "14", "30"):
+        t.frm.Close()
+        t.tEmulator.Expect("program 12 closed")
+        assert t.tProgram.wait(20) == 0
+        sSettings = re.sub(r"(window_12_(?:width|height))=.*", r"\1=" + sSize,
+                           tIniFile.read_bytes().decode().replace("\r", ""))
+        tIniFile.write_bytes(sSettings.replace("\n", "\r\n").encode())
+        t.tProgram = t.tDesktop.Start(t.tSystem.Command(t.sDisass), stderr=None)
+        t.frm = t.tDesktop.Window()
+        Until(lambda: min(t.tDesktop.Size(t.frm)) >= 160, "a window of use")
+        t.frm.Click(CMD_DISASS, "mousemove_relative", "--", -40, 0, "click", 1)
     t.End()
 
 

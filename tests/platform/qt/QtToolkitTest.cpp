@@ -246,6 +246,9 @@ TEST_F(QtToolkitTest, TheSessionsEndUnloadsAllFormsWhateverIsOpen) {
   QTest::mouseClick(&Child<QCheckBox>(frm, "chkAllow"), Qt::LeftButton);
   EXPECT_TRUE(TheToolkit().LoadedForms().empty());
   EXPECT_EQ(std::count(asLog.begin(), asLog.end(), "QueryUnload"), 2);
+  // To Qt the program has ended: dialogs of later tests would not wait before it begins again.
+  After(0, [] { QCoreApplication::exit(); });
+  QCoreApplication::exec();
 }
 
 TEST_F(QtToolkitTest, FileNamesAreTakenAsTyped) {
