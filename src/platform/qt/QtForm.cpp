@@ -91,7 +91,9 @@ QMargins QtForm::Frame() const {
 }
 
 QtForm::PixelPlace QtForm::OuterPlace() const {
-  const QRect tPlace = tPlacing.Outer(geometry(), Frame());
+  // On Wayland no program learns where its windows stand.
+  const bool bTold = !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+  const QRect tPlace = tPlacing.Outer(geometry(), Frame(), bTold);
   return {tPlace.left(), tPlace.top(), tPlace.width(), tPlace.height()};
 }
 

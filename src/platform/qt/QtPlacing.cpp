@@ -9,6 +9,7 @@ bool QtPlacing::Ask(const QRect& tOuter) {
     return false;
   }
   tPending = tOuter;
+  tCorner = tOuter.topLeft();
   tRequestedWith.reset();
   lQuietTicks = 0;
   return true;

@@ -29,8 +29,13 @@ class QtPlacing {
   std::optional<QRect> Request(const QMargins& tFrame);
 
   /// The outer place: what was asked for while that is pending, else what is.
-  QRect Outer(const QRect& tClient, const QMargins& tFrame) const {
-    return tPending.value_or(tClient.marginsAdded(tFrame));
+  /// @param bTold  whether the window system tells where windows stand; else the corner asked for
+  /// last
+  ///               counts
+  QRect Outer(const QRect& tClient, const QMargins& tFrame, bool bTold) const {
+    QRect tOuter = tPending.value_or(tClient.marginsAdded(tFrame));
+    if (!bTold) tOuter.moveTopLeft(tCorner);
+    return tOuter;
   }
 
   /// Notes that the window has changed: it was exposed, moved, resized, or got another state.
@@ -54,6 +59,7 @@ class QtPlacing {
 
  private:
   std::optional<QRect> tPending;
+  QPoint tCorner;                          // asked for last
   std::optional<QMargins> tRequestedWith;  // the frame that the pending place was requested with
   int lQuietTicks = 0;
   int lReports = 0;

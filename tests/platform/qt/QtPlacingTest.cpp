@@ -47,9 +47,11 @@ TEST(QtPlacing, AFrameThatIsKnownLateIsAllowedForOnce) {
 TEST(QtPlacing, WhatIsRefusedIsNotAskedForAgain) {
   QtPlacing tPlacing = Placed();
   EXPECT_TRUE(tPlacing.Ask(ASKED));
-  EXPECT_EQ(tPlacing.Outer(OTHER, FRAME), ASKED);  // pending
+  EXPECT_EQ(tPlacing.Outer(OTHER, FRAME, true), ASKED);  // pending
   EXPECT_EQ(Rest(tPlacing, FRAME), 1);
-  EXPECT_EQ(tPlacing.Outer(OTHER, FRAME), OTHER.marginsAdded(FRAME));
+  EXPECT_EQ(tPlacing.Outer(OTHER, FRAME, true), OTHER.marginsAdded(FRAME));
+  // Where no places are told, the size alone is what it is.
+  EXPECT_EQ(tPlacing.Outer(OTHER, NO_FRAME, false), QRect(ASKED.topLeft(), OTHER.size()));
 }
 
 TEST(QtPlacing, AFormsAnswerToAChangeWaitsUntilItIsKnownWhatTheChangeIs) {
@@ -58,7 +60,7 @@ TEST(QtPlacing, AFormsAnswerToAChangeWaitsUntilItIsKnownWhatTheChangeIs) {
   tPlacing.BeginReport();
   EXPECT_FALSE(tPlacing.Ask(ASKED));
   tPlacing.EndReport();
-  EXPECT_EQ(tPlacing.Outer(OTHER, NO_FRAME), OTHER);
+  EXPECT_EQ(tPlacing.Outer(OTHER, NO_FRAME, true), OTHER);
   EXPECT_EQ(Rest(tPlacing, FRAME), 0);
   EXPECT_TRUE(tPlacing.TakeWaiting());
   EXPECT_FALSE(tPlacing.TakeWaiting());
@@ -71,7 +73,7 @@ TEST(QtPlacing, BeforeTheWindowIsPlacedTheFormAloneHasASay) {
   tPlacing.BeginReport();
   EXPECT_TRUE(tPlacing.Ask(ASKED));
   tPlacing.EndReport();
-  EXPECT_EQ(tPlacing.Outer(OTHER, NO_FRAME), ASKED);
+  EXPECT_EQ(tPlacing.Outer(OTHER, NO_FRAME, true), ASKED);
 }
 
 }  // namespace
