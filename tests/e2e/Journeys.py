@@ -148,6 +148,7 @@ def Range(t):
         for tField in (TXT_START, TXT_END):
             t.frm.Enter(tField)
             t.tDesktop.Do("click", 3)
+            time.sleep(0.5)  # until the menu has the keys
             t.tDesktop.Keys("p", "Tab")
         t.ExpectListing(0xF010, 0xF010)
     # The press that leaves a field also counts for what it is on.

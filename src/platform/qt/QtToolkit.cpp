@@ -113,6 +113,7 @@ QtToolkit::QtToolkit(int& lArgc, char** asArgv)
     : tApplication(lArgc, asArgv), tEndSignal(CatchFirstEndSignal(), QSocketNotifier::Read) {
   // Forms are drawn for controls of the usual heights, which not every desktop's style keeps to.
   if (qEnvironmentVariableIsEmpty("QT_STYLE_OVERRIDE")) QApplication::setStyle(new FormStyle);
+  // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the application owns its style
   InstallAccessibility();
   if (OnWayland()) {
     // Where the compositor leaves the title bar to Qt, that cuts a caption's end off, where the

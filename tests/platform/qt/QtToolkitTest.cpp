@@ -592,7 +592,7 @@ TEST_F(QtToolkitTest, AllCanBeReadAndOnlyWhatHasTheKeysLooksSoInEveryTheme) {
     const QRgb lAway = fnLine(1);
     EXPECT_NE(lAway, fnLine(0));
     for (const std::int16_t iFocus : aiFocusable) {
-      colDo["GotFocus " + std::to_string(iFocus)] = [&]() {
+      colDo["GotFocus " + std::to_string(iFocus)] = [&frm, iFocus]() {
         if (iFocus == TXT_START || iFocus == TXT_END) frm.TextBoxOf(iFocus).SelectAll();
       };
       frm.ControlOf(iFocus).SetFocus();
