@@ -92,8 +92,7 @@ QMargins QtForm::Frame() const {
 
 QtForm::PixelPlace QtForm::OuterPlace() const {
   // On Wayland no program learns where its windows stand.
-  const bool bTold = !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-  const QRect tPlace = tPlacing.Outer(geometry(), Frame(), bTold);
+  const QRect tPlace = tPlacing.Outer(geometry(), Frame(), !QtToolkit::OnWayland());
   return {tPlace.left(), tPlace.top(), tPlace.width(), tPlace.height()};
 }
 
@@ -303,11 +302,12 @@ int QtForm::RunDialog(QDialog& tDialog) {
   tDialog.setWindowModality(Qt::WindowModal);
   apDialog.push_back(&tDialog);
   // Some window managers give the keyboard to this form when it is clicked behind the dialog.
-  QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, &tDialog,
-                   [this](const QWindow* pNow) {
-                     if (pNow == windowHandle()) apDialog.back()->activateWindow();
-                   });
+  const QMetaObject::Connection tWatch = QObject::connect(
+      qGuiApp, &QGuiApplication::focusWindowChanged, this, [this, &tDialog](const QWindow* pNow) {
+        if (pNow == windowHandle() && tDialog.isVisible()) apDialog.back()->activateWindow();
+      });
   const int lResult = tDialog.exec();
+  QObject::disconnect(tWatch);
   std::erase(apDialog, &tDialog);
   if (IsUnloaded()) {
     tToolkit.SweepLater();
