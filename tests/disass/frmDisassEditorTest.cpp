@@ -106,9 +106,14 @@ TEST_F(WindowTest, EditorStandsOverItsLineAndMoves) {
   Form& frm = Open();
   List(frm, "8000", "8040");
   const Control& txt = frm.ControlOf(TXT_ASM);
+  frm.ControlOf(LST_DIS).lLeftOffset = 3000;  // its column was scrolled out of view
   Edit(frm, 0x8001);
   const auto [lLeft, lTop, lWidth, lHeight] = txt.tPlace;
   EXPECT_EQ(std::tuple(lLeft, lTop, lWidth, lHeight), std::tuple(120 + 60 + 2213, 1365, 2093, 285));
+  frm.Type("\xE0\xF7\xFC\xFF\xDF");  // letters of ISO 8859-1, one sign, two without upper case
+  EXPECT_EQ(txt.sText, "\xC0\xF7\xDC\xFF\xDF");
+  frm.Key(ESC);
+  Edit(frm, 0x8001);
   frm.Type("abcdef\r(ix + 05),h 123");
   EXPECT_EQ(txt.sText, "ABCDEF(IX + 05),H 1");
   const struct {
