@@ -1,9 +1,14 @@
 """WindowManagers.py EMULATOR DISASS Z80 MANAGER...: whether the window stands where it was left.
 
 Under each window manager: four starts in a row, then maximized, full-screen, minimized and tiled, and
-back. What the X server says of the window, and what the settings keep of it, is the proof.
+back. What the X server says of the window, and what the settings keep of it, is the proof; of weston,
+a Wayland compositor in a window, the settings alone.
+
+openbox metacity icewm xfwm4 kwin mutter fluxbox i3 weston, of Debian's packages, are known.
 """
+import os
 import re
+import signal
 import subprocess
 import sys
 import tempfile
@@ -22,6 +27,7 @@ MANAGERS = {
     "mutter": (*OWN_BUS, "mutter", "--x11", "--sm-disable"),
     "fluxbox": ("fluxbox",),
     "i3": ("i3", "-c", "/etc/i3/config"),
+    "weston": ("openbox", "--sm-disable"),  # around its window
 }
 # What the settings hold at first, in twips: top, left, height and width.
 STORED = {"top": 1500, "left": 3000, "height": 9000, "width": 6000}
@@ -40,10 +46,19 @@ class Run:
                                 sScreen="1920x1200x24")
         self.tIniFile = Path(self.tSystem.sIniFile)
         self.tIniFile.parent.mkdir()
-        self.tIniFile.write_text("[GENERAL]\r\n" + "".join(
-            "window_12_%s=%d\r\n" % tKey for tKey in STORED.items()))
+        self.Store()
         self.tEmulator = Emulator(self.tDesktop, self.sEmulator, "--sample", "8000")
         self.tProgram = self.frm = None
+
+    def Store(self):
+        """Has the next start find the first place again."""
+        self.tIniFile.write_text("[GENERAL]\r\n" + "".join(
+            "window_12_%s=%d\r\n" % tKey for tKey in STORED.items()))
+
+    def Stored(self):
+        """What the settings hold now: the place and the state."""
+        colStored = dict(re.findall(r"window_12_(\w+)=(-?\d+)", self.tIniFile.read_text()))
+        return tuple(int(colStored[sName]) for sName in STORED), int(colStored["windowstate"])
 
     def Open(self):
         self.tProgram = self.tDesktop.Start([self.sDisass], stderr=None)
@@ -55,8 +70,7 @@ class Run:
         subprocess.run(["wmctrl", "-i", "-c", self.frm.sId], check=True,
                        env=self.tDesktop.colEnvironment)
         assert self.tProgram.wait(20) == 0
-        colStored = dict(re.findall(r"window_12_(\w+)=(-?\d+)", self.tIniFile.read_text()))
-        return tuple(int(colStored[sName]) for sName in STORED), int(colStored["windowstate"])
+        return self.Stored()
 
     def State(self, sChange):
         """Has the window manager change the window's state, as its own buttons and keys do."""
@@ -132,6 +146,36 @@ def Try(t):
     return asSeen, asFault
 
 
+def TryWayland(t):
+    """As Try, on weston, whose own keys change a window's state."""
+    asSeen, asFault = [], []
+    sSocket = t.tSystem.sFolder + "/wayland-test"
+    os.chmod(t.tSystem.sFolder, 0o700)
+    t.tDesktop.Start(["weston", "--backend=x11-backend.so", "--width=1600", "--height=1000",
+                      "--idle-time=0", "--socket=wayland-test"])
+    Until(lambda: os.path.exists(sSocket), "weston")
+    t.tDesktop.colEnvironment.update(WAYLAND_DISPLAY="wayland-test", QT_QPA_PLATFORM="wayland")
+    tWanted = tuple(STORED.values())
+    sMaximize, sFill = "super+shift+m", "super+shift+f"
+    for sName, asKey, lState in (*[("start", (), 0)] * 4, ("maximized", (sMaximize,), 2),
+                                 ("maximized and back", (sMaximize, sMaximize), 0),
+                                 ("full-screen", (sFill,), 2),
+                                 ("full-screen and back", (sFill, sFill), 0)):
+        tProgram = t.tDesktop.Start([t.sDisass], stderr=None)
+        time.sleep(2 * REST)
+        for sKey in asKey:
+            t.tDesktop.Keys(sKey)
+            time.sleep(REST)
+        tProgram.send_signal(signal.SIGTERM)
+        assert tProgram.wait(20) == 0
+        tPlace, lStored = t.Stored()
+        asSeen.append("%s %s, state %d" % (sName, tPlace, lStored))
+        if lStored != lState or (lState == 0 and tPlace != tWanted):
+            asFault.append("weston: " + asSeen[-1])
+        t.Store()
+    return asSeen, asFault
+
+
 def Main():
     asProgram, asManager = sys.argv[1:4], sys.argv[4:]
     asAllFault = []
@@ -139,7 +183,7 @@ def Main():
         with tempfile.TemporaryDirectory() as sFolder:
             t = Run(sFolder, asProgram, sManager)
             try:
-                asSeen, asFault = Try(t)
+                asSeen, asFault = (TryWayland if sManager == "weston" else Try)(t)
             except BaseException:
                 t.tDesktop.Picture("failed-%s.png" % sManager)
                 raise

@@ -148,6 +148,7 @@ void QtForm::LetPlacingTick() {
   // A size that the window system gives while another one is asked for is lost on the widget: Qt
   // has it look at what was asked for, and tells nothing when that is refused.
   if (windowHandle()->geometry() != geometry()) setGeometry(windowHandle()->geometry());
+  update();  // what was drawn meanwhile was cut at the size that was asked for
   if (tPlacing.TakeWaiting()) ReportResizeAgain();
 }
 
