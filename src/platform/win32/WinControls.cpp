@@ -219,9 +219,10 @@ class EditWindow final : public TextBox, public ControlWindow {
   /// MSAA calls an edit control by the label right before it in the z-order. Where the design has
   /// no such label, this one without a size is it.
   void SetAccessibleName(std::string_view sName) override {
-    if (hName == nullptr)
+    if (hName == nullptr) {
       hName = ::CreateWindowExW(0, L"STATIC", nullptr, WS_CHILD | WS_VISIBLE | SS_NOPREFIX, 0, 0, 0,
                                 0, frm.Window(), nullptr, nullptr, nullptr);
+    }
     ::SetWindowTextW(hName, WideOf(sName).c_str());
     KeepNameBefore();
     ::NotifyWinEvent(EVENT_OBJECT_NAMECHANGE, Handle(), OBJID_CLIENT, CHILDID_SELF);
