@@ -157,7 +157,7 @@ class Desktop:
         os.close(lWrite)
         with os.fdopen(lRead) as tNumber:
             self.colEnvironment["DISPLAY"] = ":" + tNumber.readline().strip()
-        self.Start(asManager)
+        self.tManager = self.Start(asManager)
         Until(lambda: self.Ask("get_num_desktops"), "the window manager")
 
     def Start(self, asCommand, **colMore):

@@ -123,15 +123,14 @@ void QtForm::RequestPlace() {
   // size for granted, and where that is refused, it would hear of nothing.
   const QPoint tCorner(Frame().left(), Frame().top());
   windowHandle()->setGeometry(QRect(tOuter->topLeft() + tCorner, tClient));
-  tmrPlacing.start();
+  if (tPlacing.WasExposed()) tmrPlacing.start();
 }
 
 /// The window is not what it was, by whosever doing.
 void QtForm::NoteChange() {
   tPlacing.Changed();
-  if (!WasShown()) return;
-  tmrPlacing.start();
-  RequestPlace();
+  if (tPlacing.WasExposed()) tmrPlacing.start();
+  if (WasShown()) RequestPlace();
 }
 
 void QtForm::ReportChange() {
@@ -372,6 +371,7 @@ bool QtForm::FrameWasPressed() const {
 bool QtForm::eventFilter(QObject* pWatched, QEvent* pEvent) {
   switch (pEvent->type()) {
     case QEvent::Expose:
+      if (windowHandle()->isExposed()) tPlacing.Exposed();
       NoteChange();
       break;
     case QEvent::KeyPress:

@@ -23,7 +23,7 @@ std::optional<QRect> QtPlacing::Request(const QMargins& tFrame) {
 }
 
 bool QtPlacing::Tick() {
-  if (IsAtRest() || ++lQuietTicks < REST_TICKS) return false;
+  if (!bExposed || IsAtRest() || ++lQuietTicks < REST_TICKS) return false;
   tPending.reset();
   bPlaced = true;
   return true;

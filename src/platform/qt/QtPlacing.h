@@ -30,16 +30,23 @@ class QtPlacing {
 
   /// The outer place: what was asked for while that is pending, else what is.
   /// @param bTold  whether the window system tells where windows stand; else the corner asked for
-  /// last
-  ///               counts
+  ///               last counts
   QRect Outer(const QRect& tClient, const QMargins& tFrame, bool bTold) const {
     QRect tOuter = tPending.value_or(tClient.marginsAdded(tFrame));
     if (!bTold) tOuter.moveTopLeft(tCorner);
     return tOuter;
   }
 
-  /// Notes that the window has changed: it was exposed, moved, resized, or got another state.
+  /// Notes that the window has changed: it was moved, resized, or got another state.
   void Changed() { lQuietTicks = 0; }
+
+  /// Notes that the window is on the screen. Only then does time count: a window manager may take
+  /// any time until it has put a window into its frame.
+  void Exposed() {
+    bExposed = true;
+    Changed();
+  }
+  bool WasExposed() const { return bExposed; }
 
   /// Lets a tick pass.
   /// @return whether the window has come to rest by it; nothing is pending any more then
@@ -63,6 +70,7 @@ class QtPlacing {
   std::optional<QMargins> tRequestedWith;  // the frame that the pending place was requested with
   int lQuietTicks = 0;
   int lReports = 0;
+  bool bExposed = false;
   bool bPlaced = false;
   bool bWaiting = false;
 };
