@@ -145,8 +145,15 @@ void QtForm::LetPlacingTick() {
   if (!tPlacing.Tick()) return;
   tmrPlacing.stop();
   // A size that the window system gives while another one is asked for is lost on the widget: Qt
-  // has it look at what was asked for, and tells nothing when that is refused.
-  if (windowHandle()->geometry() != geometry()) setGeometry(windowHandle()->geometry());
+  // has it look at what was asked for, and tells nothing when that is refused. So the widget's
+  // window is told again; the widget itself would keep to its smallest size, which is refused, too.
+  const QRect tGiven = windowHandle()->geometry();
+  if (tGiven != geometry()) {
+    QMoveEvent tMove(tGiven.topLeft(), geometry().topLeft());
+    QCoreApplication::sendEvent(windowHandle(), &tMove);
+    QResizeEvent tResize(tGiven.size(), size());
+    QCoreApplication::sendEvent(windowHandle(), &tResize);
+  }
   update();  // what was drawn meanwhile was cut at the size that was asked for
   if (tPlacing.TakeWaiting()) ReportResizeAgain();
 }
