@@ -156,7 +156,13 @@ void WinForm::BringToTop() {
 }
 
 void WinForm::SetFocus() {
-  if (!IsUnloaded()) ::SetForegroundWindow(hWnd);
+  if (IsUnloaded()) return;
+  // A form with a dialog is disabled, and the keys are for the dialog.
+  HWND hFront = hWnd;
+  for (std::vector<HWND> ahDialog; !(ahDialog = DialogsOf(hFront)).empty();) {
+    hFront = ahDialog.front();
+  }
+  ::SetForegroundWindow(hFront);
 }
 
 void WinForm::SetMousePointer(MousePointer ePointer) {
