@@ -33,7 +33,10 @@ ChildProcess::ChildProcess(const ChildCode& tCode, const Arguments& asArgument) 
   Arguments asCommand = {sThisProgram, std::string(CHILD), tCode.Number()};
   asCommand.insert(asCommand.end(), asArgument.begin(), asArgument.end());
   std::string sError;
-  hProcess = platform::StartProcess(asCommand, sError);
+  // Wine was seen to fail with "Internal error" where the next start went well.
+  for (int iAttempt = 0; hProcess == 0 && iAttempt < 3; ++iAttempt) {
+    hProcess = platform::StartProcess(asCommand, sError);
+  }
   EXPECT_NE(hProcess, 0U) << sError;
 }
 

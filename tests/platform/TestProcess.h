@@ -41,7 +41,7 @@ class ChildProcess {
   bool Succeeded();  ///< waits for its end
 
  private:
-  std::uint32_t hProcess;
+  std::uint32_t hProcess = 0;
 };
 
 inline bool RunInChild(const ChildCode& tCode, const Arguments& asArgument = {}) {
