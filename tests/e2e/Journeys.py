@@ -148,8 +148,9 @@ def Range(t):
         for tField in (TXT_START, TXT_END):
             t.frm.Enter(tField)
             t.tDesktop.Do("click", 3)
-            time.sleep(0.5)  # until the menu has the keys
-            t.tDesktop.Keys("p", "Tab")
+            for sKey in ("p", "Tab"):
+                time.sleep(0.5)  # until the menu has the keys, and until it has given them back
+                t.tDesktop.Keys(sKey)
         t.ExpectListing(0xF010, 0xF010)
     # The press that leaves a field also counts for what it is on.
     t.frm.Enter(TXT_START, "8000\t8100")
