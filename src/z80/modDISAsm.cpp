@@ -191,15 +191,14 @@ bool Emit(AsmBytes& tBytes, std::int16_t iLength, const std::array<std::int32_t,
 }  // namespace
 
 std::string_view AsmNormalizeText(std::string_view sText, std::span<char> abRoom) {
-  const auto fnTrimStart = [&sText] {
+  const auto fnTrim = [&sText] {
     while (!sText.empty() && IsBlankOrTab(sText.front())) sText.remove_prefix(1);
+    while (!sText.empty() && IsBlankOrTab(sText.back())) sText.remove_suffix(1);
   };
-  fnTrimStart();
-  sText = AsmTrimBlanks(sText);
+  fnTrim();
   if (sText.starts_with('*')) {
     sText.remove_prefix(1);
-    fnTrimStart();
-    while (!sText.empty() && IsBlankOrTab(sText.back())) sText.remove_suffix(1);
+    fnTrim();
   }
   std::size_t lLength = 0;
   bool bBlank = false;
@@ -216,7 +215,6 @@ std::string_view AsmNormalizeText(std::string_view sText, std::span<char> abRoom
     bBlank = false;
     abRoom[lLength++] = AsmUpperCase(bChar);
   }
-  if (bBlank) fnPutBlank('\0');
   return {abRoom.data(), lLength};
 }
 

@@ -20,9 +20,8 @@ struct AsmOutput {
 };
 
 /// Brings a typed text into the form that the encoders read: upper case (ASCII letters only), TABs
-/// as blanks, a leading "*" dropped, no two blanks in a row and none that only sets off a "," or a
-/// bracket. TABs at the start count like blanks there, so that an indented line reads like any
-/// other; a TAB at the end leaves a blank.
+/// as blanks, a leading "*" dropped, no blank at either end, no two in a row and none that only
+/// sets off a "," or a bracket.
 /// @param abRoom  where the text is put; at least as long as sText
 /// @return the part of abRoom that holds the text
 std::string_view AsmNormalizeText(std::string_view sText, std::span<char> abRoom);

@@ -34,7 +34,8 @@ TEST(AsmAssemble, TakesBlanksTabsAndAnyByte) {
       {"\t nop\t", "00"},
       {" \t*\t sll  b \t", "CB 30"},
       {"LD\t(\tIX\t+ 0 5\t)\t,\tA", "DD 77 05"},
-      {"INC A\t", "Invalid INC/DEC operand"},
+      {"INC A\t", "3C"},
+      {"CP D\t \t", "BA"},  // and not the number D
       {"LD A,\0"sv, "Invalid hex value: \0"sv},
       {"\xE4\xC4 \xFF", "Wrong instruction: \xE4\xC4"},
   };
