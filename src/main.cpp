@@ -49,6 +49,7 @@ int Refuse(const std::string& sArgument) {
 }  // namespace
 
 int main(int lArguments, char** apArgument) {
+  platform::SecureStandardStreams();
   // What needs no window is answered where there is no display, too.
   const std::vector<std::string> asArgument(apArgument + (lArguments > 0 ? 1 : 0),
                                             apArgument + lArguments);

@@ -16,6 +16,7 @@
 #include "platform/Environment.h"
 #include "platform/NamedEvent.h"
 #include "platform/Process.h"
+#include "platform/StandardStreams.h"
 #include "tools/EmulatorLink.h"
 #include "tools/EmulatorOptions.h"
 #include "tools/SampleProgram.h"
@@ -358,6 +359,7 @@ void Emulator::SayStatus() const {
 }  // namespace
 
 int main(int lArguments, char** apArgument) {
+  platform::SecureStandardStreams();
   const std::vector<std::string> asArgument(apArgument + (lArguments > 0 ? 1 : 0),
                                             apArgument + lArguments);
   // Behind "--" the arguments are another program's.

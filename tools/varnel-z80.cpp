@@ -209,6 +209,7 @@ bool ReadOptions(const std::vector<std::string>& asArgument, Options& tOptions) 
 }  // namespace
 
 int main(int lArguments, char** apArgument) {
+  platform::SecureStandardStreams();
   platform::SetBinaryStandardStreams();
   std::ios::sync_with_stdio(false);
   const std::vector<std::string> asArgument(apArgument + (lArguments > 0 ? 1 : 0),

@@ -5,6 +5,11 @@
 /// The streams that a program gets from whoever started it.
 namespace platform {
 
+/// Sees to it that a stream which was closed when the program started stays so: on Linux, the next
+/// file that is opened would take its number, and what is printed would be written into that file.
+/// Called before anything is opened.
+void SecureStandardStreams();
+
 /// Lets standard input and output pass every byte as it is, where a system would translate line
 /// ends. Called before the first use of either.
 void SetBinaryStandardStreams();

@@ -1,5 +1,8 @@
 #include "platform/StandardStreams.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
 
 namespace platform {
@@ -11,6 +14,16 @@ bool Print(std::FILE* pStream, const std::string& sText) {
 }
 
 }  // namespace
+
+void SecureStandardStreams() {
+  // A path opened for nothing can neither be read nor written. A started program is to have the
+  // numbers taken as well, so nothing is closed on exec.
+  int hOpened = -1;
+  do {
+    hOpened = ::open("/", O_PATH);
+  } while (hOpened >= 0 && hOpened <= STDERR_FILENO);
+  if (hOpened >= 0) ::close(hOpened);
+}
 
 // POSIX knows no other streams than binary ones.
 void SetBinaryStandardStreams() {}

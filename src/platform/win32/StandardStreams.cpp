@@ -25,6 +25,9 @@ bool Print(DWORD lStream, const std::string& sText, UINT lIcon) {
 
 }  // namespace
 
+// A handle is never given again for a stream: those stand in a list of their own.
+void SecureStandardStreams() {}
+
 void SetBinaryStandardStreams() {
   _setmode(_fileno(stdin), _O_BINARY);
   _setmode(_fileno(stdout), _O_BINARY);
