@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <filesystem>
 #include <fstream>
 #include <istream>
 #include <system_error>
@@ -60,18 +59,7 @@ std::optional<std::int32_t> LoadFile(const std::string& sPath, std::int32_t lAdd
 }
 
 bool WriteFile(const std::string& sPath, std::string_view sContents, std::string& sError) {
-  std::error_code tIgnored;
-  const auto tStatus = std::filesystem::status(sPath, tIgnored);
-  std::string sReason;
-  if (!std::filesystem::exists(tStatus) || std::filesystem::is_regular_file(tStatus)) {
-    sReason = platform::SaveFileWhole(sPath, sContents);
-  } else {
-    errno = 0;
-    std::ofstream tOutput(sPath, std::ios::binary);
-    tOutput.write(sContents.data(), static_cast<std::streamsize>(sContents.size()));
-    tOutput.close();
-    if (tOutput.fail()) sReason = std::generic_category().message(errno);
-  }
+  const std::string sReason = platform::SaveFileOrWriteStream(sPath, sContents);
   if (sReason.empty()) return true;
   sError = "cannot write " + sPath + ": ";
   sError += sReason;

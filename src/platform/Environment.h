@@ -23,7 +23,8 @@ std::optional<std::string> UserDataFolder();
 /// @return as UserDataFolder
 std::optional<std::string> UserTempFolder();
 
-/// Whether a file or a folder exists under a path.
+/// Whether a file or a folder exists under a path; what cannot be looked at (it is behind another
+/// user's link or folder, or the disk fails) may be one, and counts as one.
 bool PathExists(const std::string& sPath);
 
 /// Creates one folder, open to the current user alone; its parent must exist.

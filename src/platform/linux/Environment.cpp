@@ -89,11 +89,12 @@ std::optional<std::string> UserTempFolder() {
 
 bool PathExists(const std::string& sPath) {
   struct stat tStatus = {};
-  return ::stat(sPath.c_str(), &tStatus) == 0;
+  return ::stat(sPath.c_str(), &tStatus) == 0 ||
+         (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG);
 }
 
 bool CreateFolder(const std::string& sPath) {
-  return ::mkdir(sPath.c_str(), 0700) == 0 || PathExists(sPath);
+  return ::mkdir(sPath.c_str(), 0700) == 0 || errno == EEXIST;
 }
 
 bool IsFolderOfOthers(const std::string& sPath) {

@@ -52,13 +52,14 @@ class ExclusiveFile final : public SystemObject {
 
  private:
   bool Replace(std::string_view sText) {
-    const std::string sTarget = TargetPath(sPath);
-    const std::string sNew = sTarget + ".new";
+    const auto sTarget = TargetPath(sPath);
+    if (!sTarget) return false;
+    const std::string sNew = *sTarget + ".new";
     ::unlink(sNew.c_str());  // what a crashed holder left
     FileDescriptor tNew = OpenFile(sNew, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
     if (!tNew.IsOpen()) return false;
-    if (LockWhole(tNew) && tNew.WriteAll(sText) && TakeOver(tNew, sTarget) && LeadsTo(sNew, tNew) &&
-        ::rename(sNew.c_str(), sTarget.c_str()) == 0) {
+    if (LockWhole(tNew) && tNew.WriteAll(sText) && TakeOver(tNew, *sTarget) &&
+        LeadsTo(sNew, tNew) && ::rename(sNew.c_str(), sTarget->c_str()) == 0) {
       tFile = std::move(tNew);
       tRead.reset();
       return true;

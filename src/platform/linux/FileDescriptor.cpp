@@ -13,6 +13,21 @@ namespace platform {
 
 namespace {
 
+constexpr int MOST_LINKS = 40;  // as the kernel follows
+
+// Whether a link is another user's in a folder where everyone may put things.
+bool IsTrap(const struct stat& tFolder, const struct stat& tLink) {
+  constexpr mode_t EVERYONES = S_ISVTX | S_IWOTH;
+  return (tFolder.st_mode & EVERYONES) == EVERYONES && tLink.st_uid != ::geteuid() &&
+         tLink.st_uid != tFolder.st_uid;
+}
+
+bool IsStream(const std::string& sPath) {
+  struct stat tStatus = {};
+  return ::stat(sPath.c_str(), &tStatus) == 0 && !S_ISREG(tStatus.st_mode) &&
+         !S_ISDIR(tStatus.st_mode);
+}
+
 // Repeats a system call that a signal interrupted.
 template <typename Call>
 auto Uninterrupted(Call fnDo) {
@@ -117,13 +132,39 @@ FileDescriptor OpenFile(const std::string& sPath, int lFlags, mode_t lMode) {
   return FileDescriptor(Uninterrupted([&] { return ::open(sPath.c_str(), lAllFlags, lMode); }));
 }
 
-std::string TargetPath(const std::string& sPath) {
-  using namespace std::filesystem;
-  std::error_code tError;
-  const path tTarget = canonical(sPath, tError);
-  if (!tError) return tTarget.string();
-  const path tLink = read_symlink(sPath, tError);
-  return tError ? sPath : (path(sPath).parent_path() / tLink).string();
+std::optional<std::string> TargetPath(const std::string& sPath) {
+  std::string sTarget = sPath.starts_with('/') ? "/" : "./";
+  std::string sRest = sPath;  // behind sTarget, which has no link in it
+  for (int lLinks = 0; !sRest.empty();) {
+    const std::size_t lName = std::min(sRest.find_first_not_of('/'), sRest.size());
+    const std::size_t lEnd = std::min(sRest.find('/', lName), sRest.size());
+    const std::string sName = sRest.substr(lName, lEnd - lName);
+    sRest.erase(0, lEnd);
+    struct stat tFolder = {};
+    struct stat tNamed = {};
+    if (::lstat(sTarget.c_str(), &tFolder) != 0) return std::nullopt;
+    if (::lstat((sTarget + sName).c_str(), &tNamed) != 0) {
+      if (errno != ENOENT || !sRest.empty()) return std::nullopt;
+      return sTarget + sName;
+    }
+    if (S_ISLNK(tNamed.st_mode)) {
+      const int lError = IsTrap(tFolder, tNamed) ? EACCES : ++lLinks > MOST_LINKS ? ELOOP : 0;
+      std::error_code tError(lError, std::generic_category());
+      if (!tError && sRest.empty() && IsStream(sTarget + sName)) return sTarget + sName;
+      std::string sLink;
+      if (!tError) sLink = std::filesystem::read_symlink(sTarget + sName, tError);
+      if (tError) {
+        errno = tError.value();
+        return std::nullopt;
+      }
+      if (sLink.starts_with('/')) sTarget = "/";
+      sRest = sLink + sRest;
+    } else {
+      sTarget += sName;
+      if (!sRest.empty()) sTarget += '/';
+    }
+  }
+  return sTarget;
 }
 
 bool MayBeWrittenInPlace() {

@@ -58,9 +58,13 @@ class FileDescriptor {
 /// open(2), closed on exec, never a controlling terminal.
 FileDescriptor OpenFile(const std::string& sPath, int lFlags, mode_t lMode = 0);
 
-/// The path that a name stands for, through symbolic links, of which the last may lead to a file
-/// that is yet to be made.
-std::string TargetPath(const std::string& sPath);
+/// The path that a name stands for, without symbolic links; the file itself may be yet to be made.
+/// A last link to a device or a pipe stays: in /proc, what it says is no path.
+/// A link that another user put into a folder where everyone may put things is not followed, as the
+/// kernel's protected_symlinks (proc_sys_fs(5)) has it: no file of this user is to be overwritten
+/// by way of it.
+/// @return none on failure, with the reason in errno: EACCES for such a link
+std::optional<std::string> TargetPath(const std::string& sPath);
 
 /// Whether a file that could not be replaced by another one, for the reason in errno, may still be
 /// written in place: its folder is closed, it is another user's or a mount, or its file system does

@@ -35,7 +35,10 @@ std::optional<std::string> UserDataFolder() { return EnvironmentVariable(L"LOCAL
 std::optional<std::string> UserTempFolder() { return EnvironmentVariable(L"TEMP"); }
 
 bool PathExists(const std::string& sPath) {
-  return ::GetFileAttributesA(sPath.c_str()) != INVALID_FILE_ATTRIBUTES;
+  if (::GetFileAttributesA(sPath.c_str()) != INVALID_FILE_ATTRIBUTES) return true;
+  const DWORD lError = ::GetLastError();
+  return lError != ERROR_FILE_NOT_FOUND && lError != ERROR_PATH_NOT_FOUND &&
+         lError != ERROR_INVALID_NAME;
 }
 
 // A new folder takes over who may use it from its parent, the user's own.

@@ -60,4 +60,14 @@ std::string SaveFileWhole(const std::string& sPath, std::string_view sContents) 
   return win32::ErrorText(LastSystemError());
 }
 
+std::string SaveFileOrWriteStream(const std::string& sPath, std::string_view sContents) {
+  const OwnedHandle hStream =
+      win32::Owned(::CreateFileA(sPath.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                 nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (hStream == nullptr || ::GetFileType(hStream.get()) == FILE_TYPE_DISK) {
+    return SaveFileWhole(sPath, sContents);
+  }
+  return win32::WriteText(hStream.get(), sContents) ? "" : win32::ErrorText(LastSystemError());
+}
+
 }  // namespace platform

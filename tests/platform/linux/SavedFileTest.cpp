@@ -1,5 +1,7 @@
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include "platform/Environment.h"
 #include "platform/SavedFile.h"
 #include "platform/TestProcess.h"
 
@@ -32,6 +34,40 @@ TEST(SavedFileOnLinux, IsWrittenWhereAPlainWriteWouldBe) {
   }
   EXPECT_EQ(test::ReadFile(tFolder.Path("made")), "text");
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(tFolder.Path()), {}), 4);
+}
+
+constexpr uid_t NOBODY = 65534;
+
+// As a user before whom the folder is shut.
+const test::ChildCode LOOK_INTO_A_SHUT_FOLDER([](const test::Arguments& asFolder) {
+  ASSERT_TRUE(test::GiveUpRights());
+  EXPECT_TRUE(platform::PathExists(asFolder[0] + "/shut/file"));
+  EXPECT_FALSE(platform::PathExists(asFolder[0] + "/missing/file"));
+});
+
+TEST(SavedFileOnLinux, IsNotLedAstrayByAnotherUsersLink) {
+  const test::TestFolder tFolder;
+  ASSERT_EQ(::chmod(tFolder.Path().c_str(), 0755), 0);
+  ASSERT_EQ(::mkdir(tFolder.Path("shut").c_str(), 0700), 0);
+  EXPECT_TRUE(test::RunInChild(LOOK_INTO_A_SHUT_FOLDER, {tFolder.Path()}));
+
+  std::filesystem::create_directory(tFolder.Path("tmp"));
+  ASSERT_EQ(::chmod(tFolder.Path("tmp").c_str(), 01777), 0);
+  const std::string sVictim = tFolder.Path("victim");
+  const std::string sFileLink = tFolder.Path("tmp/file");
+  const std::string sFolderLink = tFolder.Path("tmp/folder");
+  std::filesystem::create_symlink(sVictim, sFileLink);
+  std::filesystem::create_symlink("..", sFolderLink);
+  for (const std::string& sPath : {sFileLink, sFolderLink + "/victim"}) {
+    for (const uid_t lOwner : {NOBODY, ::geteuid()}) {
+      ASSERT_EQ(::lchown(sFileLink.c_str(), lOwner, lOwner), 0);
+      ASSERT_EQ(::lchown(sFolderLink.c_str(), lOwner, lOwner), 0);
+      test::WriteFile(sVictim, "old");
+      const bool bOwn = lOwner != NOBODY;
+      EXPECT_EQ(SaveFileWhole(sPath, "new").empty(), bOwn) << sPath;
+      EXPECT_EQ(test::ReadFile(sVictim), bOwn ? "new" : "old") << sPath;
+    }
+  }
 }
 
 }  // namespace
