@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/linux/FileDescriptor.h"
+#include "platform/linux/ReplacementFile.h"
 #include "platform/linux/SystemObject.h"
 
 namespace platform {
@@ -24,8 +25,6 @@ bool LeadsTo(const std::string& sPath, const FileDescriptor& tFile) {
   const auto tOpened = tFile.Status();
   return tOpened && ::stat(sPath.c_str(), &tNamed) == 0 && SameFile(tNamed, *tOpened);
 }
-
-bool LockWhole(const FileDescriptor& tFile) { return tFile.Lock(F_OFD_SETLK, F_WRLCK, 0, 0); }
 
 // The lock is on the file itself; replacing the file means that the holder's lock moves to the new
 // one before its name does, so that at every moment the name leads to a locked file.
@@ -54,20 +53,14 @@ class ExclusiveFile final : public SystemObject {
   bool Replace(std::string_view sText) {
     const auto sTarget = TargetPath(sPath);
     if (!sTarget) return false;
-    const std::string sNew = *sTarget + ".new";
-    ::unlink(sNew.c_str());  // what a crashed holder left
-    FileDescriptor tNew = OpenFile(sNew, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (!tNew.IsOpen()) return false;
-    if (LockWhole(tNew) && tNew.WriteAll(sText) && TakeOver(tNew, *sTarget) &&
-        LeadsTo(sNew, tNew) && ::rename(sNew.c_str(), sTarget->c_str()) == 0) {
-      tFile = std::move(tNew);
-      tRead.reset();
-      return true;
+    ReplacementFile tNew(*sTarget);
+    if (!tNew.File().IsOpen() || !tNew.File().LockWhole() || !tNew.File().WriteAll(sText) ||
+        !TakeOver(tNew.File(), *sTarget) || !tNew.TakeName()) {
+      return false;
     }
-    const int lError = errno;
-    ::unlink(sNew.c_str());
-    errno = lError;
-    return false;
+    tFile = tNew.Release();
+    tRead.reset();
+    return true;
   }
 
   // Readies a new file for the name of the one that is held: same owner, group and mode, on the
@@ -102,9 +95,10 @@ std::uint32_t OpenExclusiveFile(const std::string& sPath) {
   for (int lTry = 0; lTry < MOST_TRIES; ++lTry) {
     FileDescriptor tFile = OpenFile(sPath, O_RDWR | O_CREAT | O_NONBLOCK, 0600);
     const auto tStatus = tFile.Status();
-    if (!tStatus || !S_ISREG(tStatus->st_mode) || !LockWhole(tFile)) return 0;
+    if (!tStatus || !S_ISREG(tStatus->st_mode) || !tFile.LockWhole()) return 0;
     // Its holder may have replaced the file between opening and lock.
     if (LeadsTo(sPath, tFile)) {
+      if (const auto sTarget = TargetPath(sPath)) ReplacementFile::RemoveStrays(*sTarget);
       return AddSystemObject(std::make_unique<ExclusiveFile>(std::move(tFile), sPath));
     }
   }

@@ -65,6 +65,11 @@ std::optional<struct stat> FileDescriptor::Status() const {
   return tStatus;
 }
 
+bool FileDescriptor::HasName() const {
+  const auto tStatus = Status();
+  return tStatus && tStatus->st_nlink > 0;
+}
+
 std::optional<std::string> FileDescriptor::ReadAll() const {
   const auto tStatus = Status();
   if (!tStatus) return std::nullopt;
@@ -108,7 +113,7 @@ bool FileDescriptor::WriteInPlace(std::string_view sText) const {
     return false;
   }
   return ::lseek(hDescriptor, 0, SEEK_SET) == 0 && WriteAll(sText) &&
-         ::ftruncate(hDescriptor, lSize) == 0;
+         ::ftruncate(hDescriptor, lSize) == 0 && ::fsync(hDescriptor) == 0;
 }
 
 bool FileDescriptor::TakeOwner(const struct stat& tOld) const {

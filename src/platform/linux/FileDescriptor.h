@@ -27,6 +27,9 @@ class FileDescriptor {
   /// What the open file is; none on failure.
   std::optional<struct stat> Status() const;
 
+  /// Whether there is a name left that leads to it.
+  bool HasName() const;
+
   /// The whole of a plain file under 4 GB.
   std::optional<std::string> ReadAll() const;
 
@@ -34,7 +37,7 @@ class FileDescriptor {
   bool WriteAll(std::string_view sText) const;
 
   /// Replaces the whole contents of an open file. Its room on the disk is made first, so that a
-  /// full disk leaves the old contents; a crash in the middle does not.
+  /// full disk leaves the old contents; a crash in the middle does not. It is on the disk then.
   bool WriteInPlace(std::string_view sText) const;
 
   /// Gives the file the owner and group of another one; false when this user may not.
@@ -47,6 +50,9 @@ class FileDescriptor {
   /// @param lFirst    first byte; those of a file need not exist to be locked
   /// @param lBytes    how many, 0 for all to the end
   bool Lock(int lCommand, short iType, off_t lFirst, off_t lBytes) const;
+
+  /// Locks all of the file for writing, if nobody else has a lock on it.
+  bool LockWhole() const { return Lock(F_OFD_SETLK, F_WRLCK, 0, 0); }
 
   /// Whether another opening holds any lock on a byte.
   bool LockedElsewhere(off_t lByte) const;

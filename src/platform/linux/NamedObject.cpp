@@ -43,11 +43,6 @@ bool IsOwn(const FileDescriptor& tFile) {
   return tStatus && S_ISREG(tStatus->st_mode) && tStatus->st_uid == ::geteuid();
 }
 
-bool StillNamed(const FileDescriptor& tFile) {
-  const auto tStatus = tFile.Status();
-  return tStatus && tStatus->st_nlink > 0;
-}
-
 bool LockSetup(const FileDescriptor& tFile) {
   return tFile.Lock(F_OFD_SETLKW, F_WRLCK, SETUP_BYTE, 1);
 }
@@ -72,7 +67,7 @@ void RemoveStaleObjects() {
     if (!sName.starts_with(FileNamePrefix())) continue;
     const FileDescriptor tFile(::shm_open(sName.c_str(), O_RDWR, 0));
     // Whoever has the set-up lock is opening or closing the object, and will do right by it.
-    if (IsOwn(tFile) && tFile.Lock(F_OFD_SETLK, F_WRLCK, SETUP_BYTE, 1) && StillNamed(tFile) &&
+    if (IsOwn(tFile) && tFile.Lock(F_OFD_SETLK, F_WRLCK, SETUP_BYTE, 1) && tFile.HasName() &&
         !tFile.LockedElsewhere(IN_USE_BYTE)) {
       ::shm_unlink(sName.c_str());
     }
@@ -123,7 +118,7 @@ FileDescriptor NamedObject::Open(const std::string& sFileName, std::uint32_t lSi
     if (!IsOwn(tFile)) return Failed(EACCES);
     if (!LockSetup(tFile)) return Failed(errno);
     // Its last user may have removed the file between opening and lock; the name is free then.
-    if (!StillNamed(tFile)) continue;
+    if (!tFile.HasName()) continue;
     if (!tFile.LockedElsewhere(IN_USE_BYTE)) {
       const int lError = bCreate ? Clear(tFile, lSize) : ENOENT;
       if (lError != 0) {
@@ -145,7 +140,7 @@ NamedObject::NamedObject(FileDescriptor tOpened, std::string sFileNameOpened)
 NamedObject::~NamedObject() {
   // A forked process has its parent's opening, locks and all, and must not judge by them.
   if (::getpid() != lProcess) return;
-  if (LockSetup(tFile) && StillNamed(tFile) && !tFile.LockedElsewhere(IN_USE_BYTE)) {
+  if (LockSetup(tFile) && tFile.HasName() && !tFile.LockedElsewhere(IN_USE_BYTE)) {
     ::shm_unlink(sFileName.c_str());
   }
   // Closing alone would not do: a view keeps the opening, and so its locks, alive.

@@ -4,11 +4,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "platform/linux/FileDescriptor.h"
+#include "platform/linux/ReplacementFile.h"
 
 namespace platform {
 
@@ -23,21 +22,14 @@ mode_t ModeOfNewFiles() {
 // Writes the contents beside the target and gives the new file the target's name, and what says who
 // may use the old one, if there is one.
 bool Replace(const std::string& sTarget, const struct stat* tOld, std::string_view sContents) {
-  std::string sNew = sTarget.substr(0, sTarget.rfind('/') + 1) + ".varnel-XXXXXX";
-  const FileDescriptor tNew(::mkostemp(sNew.data(), O_CLOEXEC));
-  if (!tNew.IsOpen()) return false;
-  const bool bOwned = tOld == nullptr || tNew.TakeOwner(*tOld);
+  ReplacementFile::RemoveStrays(sTarget);
+  ReplacementFile tNew(sTarget);
+  const FileDescriptor& tFile = tNew.File();
+  if (!tFile.IsOpen() || (tOld != nullptr && !tFile.TakeOwner(*tOld))) return false;
   // Not every file system keeps modes.
   static_cast<void>(
-      ::fchmod(tNew.Get(), tOld != nullptr ? tOld->st_mode & 0777U : ModeOfNewFiles()));
-  if (bOwned && tNew.WriteAll(sContents) && ::fsync(tNew.Get()) == 0 &&
-      ::rename(sNew.c_str(), sTarget.c_str()) == 0) {
-    return true;
-  }
-  const int lError = errno;
-  ::unlink(sNew.c_str());
-  errno = lError;
-  return false;
+      ::fchmod(tFile.Get(), tOld != nullptr ? tOld->st_mode & 0777U : ModeOfNewFiles()));
+  return tFile.WriteAll(sContents) && ::fsync(tFile.Get()) == 0 && tNew.TakeName();
 }
 
 }  // namespace

@@ -31,6 +31,8 @@ const test::ChildCode WRITE_ON_A_FULL_DISK([](const test::Arguments& asPath) {
 TEST(ExclusiveFileOnLinux, IsReplacedInOneStepAndStaysTheSameFileToOthers) {
   const test::TestFolder tFolder;
   const std::string sPath = tFolder.Path("a file"), sHeld = sPath + ".held";
+  const std::string sOthers = sPath + ".new";
+  test::WriteFile(sOthers, "the user's");
   for (int iRound = 0; iRound < 60; ++iRound) {
     test::WriteFile(sPath, sOld);
     {
@@ -44,7 +46,9 @@ TEST(ExclusiveFileOnLinux, IsReplacedInOneStepAndStaysTheSameFileToOthers) {
   test::WriteFile(sPath, sOld);
   EXPECT_TRUE(test::RunInChild(WRITE_ON_A_FULL_DISK, {sPath}));
   EXPECT_EQ(ReadFile(sPath), sOld);
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(tFolder.Path()), {}), 1);
+  // Of the killed ones nothing is left, and what is not theirs still is.
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(tFolder.Path()), {}), 2);
+  EXPECT_EQ(ReadFile(sOthers), "the user's");
   // Link, owner and mode stay.
   const uid_t lOwner = ::geteuid() == 0 ? 65534 : ::geteuid();
   ASSERT_TRUE(::chmod(sPath.c_str(), 0640) == 0 && ::chown(sPath.c_str(), lOwner, ~gid_t{0}) == 0);

@@ -21,6 +21,7 @@ TEST(SavedFileOnLinux, IsWrittenWhereAPlainWriteWouldBe) {
   const test::TestFolder tFolder;
   const std::string sFile = tFolder.Path("open");
   test::WriteFile(sFile, "old and longer");
+  test::WriteFile(tFolder.Path(".varnel-Killed"), "of a killed program");
   ASSERT_TRUE(::chmod(sFile.c_str(), 0666) == 0 && ::chmod(tFolder.Path().c_str(), 0555) == 0);
   EXPECT_TRUE(test::RunInChild(SAVE_IN_A_CLOSED_FOLDER, {tFolder.Path()}));
   ASSERT_EQ(::chmod(tFolder.Path().c_str(), 0755), 0);
