@@ -107,10 +107,12 @@ bool EmulatorLink::Open(std::string& sError) {
     sError = "an emulator runs for this user, by " + sTempFile;
     return false;
   }
-  hLock = platform::OpenExclusiveFile(sLockFile);
+  std::string sReason;
+  hLock = platform::OpenExclusiveFile(sLockFile, &sReason);
   if (hLock == 0) {
-    bTaken = true;
-    sError = "another stand-in runs for this user, or this cannot be written: " + sLockFile;
+    bTaken = sReason.empty();
+    sError = bTaken ? "another stand-in runs for this user, by " + sLockFile
+                    : "cannot write " + sLockFile + ": " + sReason;
     return false;
   }
   // What a stand-in left that was killed: nobody may start on it while the blocks change.

@@ -13,7 +13,7 @@ std::string SuiteFolder(const std::optional<std::string>& sBase) {
   if (sBase) {
     std::string sPath = *sBase + platform::PATH_SEPARATOR + "VARNEL";
     // What is read there is believed, so that it must not be another user's to write.
-    if (platform::CreateFolder(sPath) && !platform::IsFolderOfOthers(sPath)) return sPath;
+    if (platform::CreateFolder(sPath) && platform::SecureFolder(sPath)) return sPath;
   }
   throw RuntimeError(75, "Path/File access error");
 }

@@ -8,7 +8,7 @@ namespace modALLProcess {
 
 /// The folder of the lasting settings: VARNEL under the user's data folder, made when missing.
 /// Throws RuntimeError 75 when there is nothing under that path and it cannot be made, or when a
-/// folder stands there that another user owns or can write.
+/// folder stands there that another user owns or can write, or could have led there by a link.
 std::string LocalAppFolder();
 
 /// The folder through which the emulator hands files to its companions: VARNEL under the user's

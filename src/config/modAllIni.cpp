@@ -28,6 +28,7 @@ std::vector<std::uint8_t> abIniLineState(1, LINE_AS_LOADED);
 bool bIniDirty = false;
 bool bIniLoaded = false;
 std::uint32_t hIniFile = 0;
+std::string sIniObstacle;  // why the file could not be opened, other than that it was held
 
 // Set when the load on first use has failed: reading the 78 values of all window placements must
 // not mean 78 times two and a half seconds of attempts, nor 78 messages.
@@ -45,11 +46,12 @@ bool IniOpen() {
   const std::string sPath =
       modALLProcess::LocalAppFolder() + platform::PATH_SEPARATOR + "VARNEL.ini";
   for (int lAttempt = 0; lAttempt < OPEN_ATTEMPTS; ++lAttempt) {
-    hIniFile = platform::OpenExclusiveFile(sPath);
+    hIniFile = platform::OpenExclusiveFile(sPath, &sIniObstacle);
     if (IniIsOpen()) return true;
     hIniFile = 0;
     platform::SleepMilliseconds(OPEN_RETRY_MILLISECONDS);
   }
+  if (!sIniObstacle.empty()) sIniObstacle = sPath + "\r\n" + sIniObstacle;
   return false;
 }
 
@@ -86,8 +88,9 @@ void InsertStoreLine(std::size_t lAt, std::string sText, std::uint8_t bState) {
 void IniLoadOnFirstUse() {
   if (bIniLoaded || bIniLoadFailed || IniLoad()) return;
   bIniLoadFailed = true;
-  modALLUtility::ShowMessage("Unable to load configuration file",
-                             modALLUtility::MSG_EXCLAMATION + modALLUtility::MSG_OK_ONLY,
+  std::string sMessage = "Unable to load configuration file";
+  if (!sIniObstacle.empty()) sMessage += "\r\n\r\n" + sIniObstacle;
+  modALLUtility::ShowMessage(sMessage, modALLUtility::MSG_EXCLAMATION + modALLUtility::MSG_OK_ONLY,
                              modALLUtility::TITLE_ERROR);
   // The first window loads before any is active: it opens at its default place, and a later save
   // still merges into whatever the file then holds.

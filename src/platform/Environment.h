@@ -31,9 +31,11 @@ bool PathExists(const std::string& sPath);
 /// @return false when there is nothing under that path afterwards
 bool CreateFolder(const std::string& sPath);
 
-/// Whether a folder stands under a path that another user owns or can write; false for a file, and
-/// where the system keeps users apart by other means (Windows).
-bool IsFolderOfOthers(const std::string& sPath);
+/// Sees to it that what is read from a folder is the current user's own, where the system leaves
+/// that to programs (Linux): one of the user's own that others can read is shut to them. A file in
+/// its place is none of this function's business.
+/// @return false when another user owns the folder or can write it, or can put a link in its place
+bool SecureFolder(const std::string& sPath);
 
 /// Largest file that ReadFileText reads, in bytes.
 inline constexpr std::int64_t LARGEST_FILE_TEXT = 0x1000000;

@@ -12,9 +12,12 @@
 namespace platform {
 
 /// Opens a file for reading and writing, shared with nobody, and creates it empty when missing.
-/// Does not wait.
-/// @return its handle, or 0 when anyone holds it already or it cannot be opened
-std::uint32_t OpenExclusiveFile(const std::string& sPath);
+/// Does not wait. One of the user's own that others could read (Linux) is made private by that: who
+/// can read a file can lock it.
+/// @param psReason  receives, where wanted, why it cannot be had however long one waits; empty when
+///                  it was had, or anyone holds it
+/// @return its handle, or 0 on failure
+std::uint32_t OpenExclusiveFile(const std::string& sPath, std::string* psReason = nullptr);
 
 /// The whole contents, byte for byte; none when it cannot be read or has 4 GB or more.
 std::optional<std::string> ReadExclusiveFile(std::uint32_t hFile);

@@ -117,7 +117,11 @@ const test::ChildCode HAVE_NO_FILE([](const test::Arguments& asArgument) {
   tToolkit.apHandling = {std::make_shared<recording::Form>(tToolkit, FormDesign{}, nullptr)};
   tToolkit.Answer(1, [] { EXPECT_EQ(IniGetValue("A", "k", "nested"), "nested"); });
   EXPECT_EQ(IniGetValue("A", "k", " d ") + IniGetValue("A", "k", "e"), "de") << sWhere;
-  const recording::Box tBox = {"Unable to load configuration file", 48, "Varnel - Error"};
+  const bool bLinux = platform::PATH_SEPARATOR == '/';
+  std::string sMessage = "Unable to load configuration file";
+  if (sWhere == "read-only") sMessage += "\r\n\r\n" + sPath + "\r\nIt is read-only";
+  if (sWhere == "folder" && bLinux) sMessage += "\r\n\r\n" + sPath + "\r\nIs a directory";
+  const recording::Box tBox = {sMessage, 48, "Varnel - Error"};
   EXPECT_EQ(tToolkit.TakeBoxes(), std::vector{tBox}) << sWhere;
   IniSetValue("GENERAL", "ours", "2");
   EXPECT_EQ(IniGetValue("GENERAL", "ours", "d"), "2");

@@ -173,6 +173,12 @@ def TestEmulator():
         tRun = Run(EMULATOR, *asArgument, env=colEnvironment)
         assert tRun.returncode == 2 and tRun.stderr.startswith(b"varnel-emulator: "), tRun
         assert os.listdir(tEmulator.sFolder) == [] and not tEmulator.Objects(), asArgument
+    # A lock that cannot be had is not another stand-in.
+    os.mkdir(tEmulator.sFolder + "/VARNEL-emulator.lock")
+    tRun = Run(EMULATOR, env=colEnvironment)
+    assert tRun.returncode == 2 and b"lock: Is a directory" in tRun.stderr, tRun
+    os.rmdir(tEmulator.sFolder + "/VARNEL-emulator.lock")
+
     # What is closed stays closed: it is not what is opened next, the memory.
     tRun = Run("sh", "-c", 'exec "$0" <&- >&-', EMULATOR, env=colEnvironment)
     assert tRun.returncode == 2 and b"cannot write to standard output" in tRun.stderr, tRun

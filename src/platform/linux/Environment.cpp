@@ -37,6 +37,12 @@ bool IsOwnFolder(const struct stat& tStatus, mode_t lForbidden) {
          (tStatus.st_mode & lForbidden) == 0;
 }
 
+// Whether another user can put or change files there.
+bool IsOfOthers(const struct stat& tStatus) {
+  return (tStatus.st_uid != ::geteuid() && tStatus.st_uid != 0) ||
+         (tStatus.st_mode & OTHERS_CAN_WRITE) != 0;
+}
+
 // Strictly the user's: no symbolic link, and nobody else can write there.
 bool IsPrivateFolder(const std::string& sFolder) {
   struct stat tStatus = {};
@@ -97,11 +103,19 @@ bool CreateFolder(const std::string& sPath) {
   return ::mkdir(sPath.c_str(), 0700) == 0 || errno == EEXIST;
 }
 
-bool IsFolderOfOthers(const std::string& sPath) {
+bool SecureFolder(const std::string& sPath) {
   struct stat tStatus = {};
-  return ::stat(sPath.c_str(), &tStatus) == 0 && S_ISDIR(tStatus.st_mode) &&
-         ((tStatus.st_uid != ::geteuid() && tStatus.st_uid != 0) ||
-          (tStatus.st_mode & OTHERS_CAN_WRITE) != 0);
+  const std::string sParent = sPath.substr(0, sPath.rfind('/') + 1);
+  if (::lstat(sPath.c_str(), &tStatus) == 0 && S_ISLNK(tStatus.st_mode) &&
+      (::stat(sParent.c_str(), &tStatus) != 0 || IsOfOthers(tStatus))) {
+    return false;
+  }
+  if (::stat(sPath.c_str(), &tStatus) != 0 || !S_ISDIR(tStatus.st_mode)) return true;
+  if (IsOfOthers(tStatus)) return false;
+  if (tStatus.st_uid == ::geteuid() && (tStatus.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+    static_cast<void>(::chmod(sPath.c_str(), S_IRWXU));  // where modes are kept
+  }
+  return true;
 }
 
 FileText ReadFileText(const std::string& sPath) {

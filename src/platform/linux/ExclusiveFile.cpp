@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <utility>
 
@@ -18,6 +19,15 @@ namespace {
 
 // How often a file that is replaced between opening and lock is opened again.
 constexpr int MOST_TRIES = 100;
+
+constexpr mode_t OWN_USERS_ALONE = 0600;
+
+// Why a file could not be opened for reading and writing, as errno has it.
+std::string ReasonNotOpened(const std::string& sPath) {
+  const int lError = errno;
+  const bool bRight = lError == EACCES || lError == EPERM || lError == EROFS;
+  return bRight && ::access(sPath.c_str(), R_OK) == 0 ? "It is read-only" : std::strerror(lError);
+}
 
 // Whether a path leads to an open file, through symbolic links where there are any.
 bool LeadsTo(const std::string& sPath, const FileDescriptor& tFile) {
@@ -91,11 +101,25 @@ class ExclusiveFile final : public SystemObject {
 
 }  // namespace
 
-std::uint32_t OpenExclusiveFile(const std::string& sPath) {
+std::uint32_t OpenExclusiveFile(const std::string& sPath, std::string* psReason) {
+  const auto fnFail = [psReason](std::string_view sReason) {
+    if (psReason != nullptr) *psReason = sReason;
+    return 0U;
+  };
+  fnFail("");
   for (int lTry = 0; lTry < MOST_TRIES; ++lTry) {
-    FileDescriptor tFile = OpenFile(sPath, O_RDWR | O_CREAT | O_NONBLOCK, 0600);
+    FileDescriptor tFile = OpenFile(sPath, O_RDWR | O_CREAT | O_NONBLOCK, OWN_USERS_ALONE);
+    if (!tFile.IsOpen()) return fnFail(ReasonNotOpened(sPath));
     const auto tStatus = tFile.Status();
-    if (!tStatus || !S_ISREG(tStatus->st_mode) || !tFile.LockWhole()) return 0;
+    if (!tStatus) return fnFail(std::strerror(errno));
+    if (!S_ISREG(tStatus->st_mode)) return fnFail("It is not a plain file");
+    if (tStatus->st_uid == ::geteuid() && (tStatus->st_mode & 0777U & ~OWN_USERS_ALONE) != 0) {
+      static_cast<void>(::fchmod(tFile.Get(), OWN_USERS_ALONE));  // where modes are kept
+    }
+    if (!tFile.LockWhole()) {
+      const bool bHeld = errno == EAGAIN || errno == EACCES;
+      return fnFail(bHeld ? "" : "Its file system has no locks");
+    }
     // Its holder may have replaced the file between opening and lock.
     if (LeadsTo(sPath, tFile)) {
       if (const auto sTarget = TargetPath(sPath)) ReplacementFile::RemoveStrays(*sTarget);

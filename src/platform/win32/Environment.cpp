@@ -46,7 +46,7 @@ bool CreateFolder(const std::string& sPath) {
   return ::CreateDirectoryA(sPath.c_str(), nullptr) != 0 || PathExists(sPath);
 }
 
-bool IsFolderOfOthers(const std::string& /*sPath*/) { return false; }
+bool SecureFolder(const std::string& /*sPath*/) { return true; }
 
 FileText ReadFileText(const std::string& sPath) {
   const win32::OwnedHandle hFile = win32::Owned(::CreateFileA(

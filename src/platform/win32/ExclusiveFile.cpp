@@ -9,11 +9,14 @@ namespace platform {
 using win32::HandleOf;
 using win32::Noted;
 
-std::uint32_t OpenExclusiveFile(const std::string& sPath) {
+std::uint32_t OpenExclusiveFile(const std::string& sPath, std::string* psReason) {
   constexpr DWORD SHARED_WITH_NOBODY = 0;
-  return win32::NotedNumber(::CreateFileA(sPath.c_str(), GENERIC_READ | GENERIC_WRITE,
-                                          SHARED_WITH_NOBODY, nullptr, OPEN_ALWAYS,
-                                          FILE_ATTRIBUTE_NORMAL, nullptr));
+  const std::uint32_t hFile = win32::NotedNumber(
+      ::CreateFileA(sPath.c_str(), GENERIC_READ | GENERIC_WRITE, SHARED_WITH_NOBODY, nullptr,
+                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  const bool bHeld = hFile != 0 || LastSystemError() == ERROR_SHARING_VIOLATION;
+  if (psReason != nullptr) *psReason = bHeld ? "" : win32::ErrorText(LastSystemError());
+  return hFile;
 }
 
 std::optional<std::string> ReadExclusiveFile(std::uint32_t hFile) {

@@ -42,4 +42,37 @@ TEST(Environment, FoldersAreTheNamedOnesOrTheUsersOwn) {
   }
 }
 
+TEST(Environment, FoldersAreShutToOthersOrRefused) {
+  const test::TestFolder tFolder;
+  constexpr uid_t NOBODY = 65534;
+  const struct {
+    std::string sFolder;
+    mode_t lMode;
+    uid_t lOwner;
+    bool bSecured;
+    mode_t lModeAfter;
+  } atCase[] = {
+      {"own", 0700, ::geteuid(), true, 0700},
+      {"readable", 0775, ::geteuid(), true, 0700},
+      {"writable", 0757, ::geteuid(), false, 0757},
+      {"another's", 0700, NOBODY, false, 0700},
+  };
+  for (const auto& tCase : atCase) {
+    const std::string sPath = tFolder.Path(tCase.sFolder);
+    ASSERT_TRUE(::mkdir(sPath.c_str(), 0700) == 0 && ::chmod(sPath.c_str(), tCase.lMode) == 0 &&
+                ::chown(sPath.c_str(), tCase.lOwner, ~gid_t{0}) == 0);
+    EXPECT_EQ(platform::SecureFolder(sPath), tCase.bSecured) << sPath;
+    struct stat tStatus = {};
+    ASSERT_EQ(::stat(sPath.c_str(), &tStatus), 0);
+    EXPECT_EQ(tStatus.st_mode & 0777U, tCase.lModeAfter) << sPath;
+  }
+  // A link is the user's own only where nobody else could have put it.
+  ASSERT_EQ(::mkdir(tFolder.Path("tmp").c_str(), 0700), 0);
+  ASSERT_EQ(::chmod(tFolder.Path("tmp").c_str(), 01777), 0);
+  std::filesystem::create_directory_symlink("own", tFolder.Path("link"));
+  std::filesystem::create_directory_symlink("../own", tFolder.Path("tmp/link"));
+  EXPECT_TRUE(platform::SecureFolder(tFolder.Path("link")));
+  EXPECT_FALSE(platform::SecureFolder(tFolder.Path("tmp/link")));
+}
+
 }  // namespace

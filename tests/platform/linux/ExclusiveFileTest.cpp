@@ -60,6 +60,11 @@ TEST(ExclusiveFileOnLinux, IsReplacedInOneStepAndStaysTheSameFileToOthers) {
   ASSERT_EQ(::stat((sPath + "'s link").c_str(), &tStatus), 0);
   EXPECT_TRUE(std::filesystem::is_symlink(sPath + "'s link") && ReadFile(sPath) == sNew);
   EXPECT_TRUE((tStatus.st_mode & 07777U) == 0640U && tStatus.st_uid == lOwner);
+  // Others could lock what they can read.
+  ASSERT_TRUE(::chown(sPath.c_str(), ::geteuid(), ~gid_t{0}) == 0);
+  CloseSystemHandle(OpenExclusiveFile(sPath));
+  ASSERT_EQ(::stat(sPath.c_str(), &tStatus), 0);
+  EXPECT_EQ(tStatus.st_mode & 07777U, 0600U);
   // An editor that knows nothing of the lock writes the file, or puts its own in place.
   for (const std::string sEdited : {"edited", "edited again"}) {
     hFile = OpenExclusiveFile(sPath);
