@@ -34,6 +34,7 @@ constexpr int STATUS_ERROR = 2;
 constexpr std::uint32_t POLL_MILLISECONDS = 20;
 constexpr std::uint8_t PROTECTED = 0xFF;
 constexpr std::size_t BYTES_PER_LINE = 16;
+constexpr std::size_t LONGEST_LINE = 1U << 20U;  // of the input
 
 constexpr std::string_view HELP =
     R"(Usage: varnel-emulator [--show HEX] [--protect HEX-HEX]... [--icon FILE]
@@ -125,7 +126,7 @@ class Emulator {
   std::array<std::uint8_t, ADDRESS_SPACE> abLastLook{};
   std::int32_t lActiveProgram = 0;
   std::uint32_t hProcess = 0;
-  std::string sPending;  // input behind the last line end
+  std::string sPending;  // input behind the last line end, as much as a line may have
 };
 
 bool Emulator::Start(const EmulatorOptions& tOptions) {
@@ -236,14 +237,18 @@ void Emulator::SayChanges() {
 
 /// Executes the lines that are complete; false on "quit".
 bool Emulator::Serve(std::string_view sInput) {
-  sPending += sInput;
-  std::size_t lStart = 0;
-  for (std::size_t lEnd = 0; (lEnd = sPending.find('\n', lStart)) != std::string::npos;
-       lStart = lEnd + 1) {
-    if (!Execute(sPending.substr(lStart, lEnd - lStart))) return false;
+  for (;;) {
+    const std::size_t lEnd = sInput.find('\n');
+    const std::string_view sPart = sInput.substr(0, lEnd);
+    const bool bWasTooLong = sPending.size() > LONGEST_LINE;
+    sPending += sPart.substr(0, LONGEST_LINE + 1 - sPending.size());
+    const bool bTooLong = sPending.size() > LONGEST_LINE;
+    if (bTooLong && !bWasTooLong) Complain("not understood: a line of more than 1 MB (try help)");
+    if (lEnd == std::string_view::npos) return true;
+    if (!bTooLong && !Execute(sPending)) return false;
+    sPending.clear();
+    sInput.remove_prefix(lEnd + 1);
   }
-  sPending.erase(0, lStart);
-  return true;
 }
 
 /// Executes a line; false on "quit".
@@ -252,7 +257,7 @@ bool Emulator::Execute(const std::string& sLine) {
   Words asWord;
   for (std::string sWord; tLine >> sWord;) asWord.push_back(sWord);
   if (asWord.empty()) return true;
-  if (asWord.front() == "quit") return false;
+  if (asWord.front() == "quit" && asWord.size() == 1) return false;
   if (asWord.front() == "load") {
     // A file's name may hold blanks: all between the command and the address.
     const std::size_t lName = sLine.find("load") + 4;

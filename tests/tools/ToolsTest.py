@@ -136,7 +136,8 @@ def TestEmulator():
                  "protected 0081-0081", "temp file.*", "active.*", "show address: FFFD", "break.*",
                  "protected: 0000-007F 0081-0081 C100-FFFF", "program: none")
     for sWrong in ("load %s fffe" % sFile, "load %s" % sFile, "load x 10000", "poke FFFF 1 2",
-                   "poke 0 100", "dump", "dump 0 10001", "protect 5-4", "show", "bla"):
+                   "poke 0 100", "dump", "dump 0 10001", "protect 5-4", "show", "bla", "quit now",
+                   "dump 0" + (1 << 20) * " "):
         tEmulator.Do(sWrong, "varnel-emulator: .*")
     tEmulator.Do("dump fffd\ndump 0 1", "FFFD: 3E 05 C9", "0000: 00")
     tSecond = Run(EMULATOR, env=colEnvironment)
