@@ -41,7 +41,7 @@ std::optional<std::string> FirstForeign(const std::vector<std::string>& asArgume
 }
 
 int Refuse(const std::string& sArgument) {
-  platform::PrintError("varnel-disass: unknown argument: " + sArgument +
+  platform::PrintError("varnel-disass: unknown argument: " + modALLUtility::Printable(sArgument) +
                        " (see varnel-disass --help)\n");
   return STATUS_USAGE;
 }

@@ -75,7 +75,9 @@ quit                end
 // Whoever reads along, a person or a script, sees each line at once.
 void Say(const std::string& sLine) { std::cout << sLine << '\n' << std::flush; }
 
-void Complain(const std::string& sMessage) { std::cerr << "varnel-emulator: " << sMessage << '\n'; }
+void Complain(const std::string& sMessage) {
+  std::cerr << "varnel-emulator: " << modALLUtility::Printable(sMessage) << '\n';
+}
 
 /// "8000: 3E 05", sixteen bytes a line.
 void SayBytes(std::span<const std::uint8_t> abImage, std::size_t lFirst, std::size_t lCount) {
@@ -343,7 +345,7 @@ bool Emulator::Dump(const Words& asWord) {
 
 void Emulator::SayStatus() const {
   using namespace modALLSharedMap;
-  Say("temp file: " + tLink.TempFile());
+  Say("temp file: " + modALLUtility::Printable(tLink.TempFile()));
   Say("active program: " + std::to_string(ReadControlField(ControlField::ActiveProgram)));
   Say("show address: " + Hex4(ReadControlField(ControlField::ShowAddr)));
   Say("breakpoint address: " + Hex4(ReadControlField(ControlField::BreakpointAddr)));

@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <clocale>
 #include <cstdint>
 #include <fstream>
 #include <iostream>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "disass/modDISListing.h"
+#include "platform/ListText.h"
 #include "platform/StandardStreams.h"
 #include "tools/ToolInput.h"
 #include "util/modALLUtilityAddress.h"
@@ -21,6 +23,7 @@ namespace {
 constexpr int STATUS_OK = 0;
 constexpr int STATUS_FOUND = 1;  // the run was sound, what it looked at was not
 constexpr int STATUS_ERROR = 2;
+constexpr std::uint8_t MIDDLE_DOT = 0xB7;  // ISO 8859-1
 
 constexpr std::string_view HELP =
     R"(Usage: varnel-z80 dis [--org HEX] [--start HEX] [--end HEX] FILE
@@ -59,7 +62,7 @@ struct Options {
 };
 
 int Fail(const std::string& sMessage) {
-  std::cerr << "varnel-z80: " << sMessage << '\n';
+  std::cerr << "varnel-z80: " << modALLUtility::Printable(sMessage) << '\n';
   return STATUS_ERROR;
 }
 
@@ -73,6 +76,32 @@ bool Refuse(const std::string& sMessage) {
 int Finish(int lStatus) {
   std::cout.flush();
   return std::cout ? lStatus : Fail("cannot write to standard output");
+}
+
+/// Prints a line of a listing: into a file or a pipe each byte as it is; on a terminal, which would
+/// act on control characters, as the window shows it, in ISO 8859-1 with marks, where the locale
+/// has the characters for that.
+void PrintLine(std::string_view sLine, std::string_view sLineEnd) {
+  static const bool bTerminal = platform::IsOutputTerminal();
+  if (!bTerminal) {
+    std::cout << sLine << sLineEnd;
+    return;
+  }
+  static const std::string sLocale = [] {
+    const char* const pName = std::setlocale(LC_CTYPE, "");
+    return std::string(pName != nullptr ? pName : "");
+  }();
+  const bool bUtf8 = sLocale.ends_with("UTF-8") || sLocale.ends_with("utf8");
+  for (const char bCharacter : sLine) {
+    auto bCode = static_cast<std::uint8_t>(bCharacter);
+    if (platform::IsShownAsMark(bCode)) bCode = bUtf8 ? MIDDLE_DOT : '.';
+    if (bUtf8 && bCode >= 0x80) {
+      std::cout << static_cast<char>(0xC0U | bCode >> 6U);
+      bCode = 0x80U | (bCode & 0x3FU);
+    }
+    std::cout << static_cast<char>(bCode);
+  }
+  std::cout << sLineEnd;
 }
 
 std::string InputName(const Options& tOptions) {
@@ -97,7 +126,7 @@ int Disassemble(const Options& tOptions) {
   const std::int32_t lEnd = tOptions.lEnd.value_or(tOptions.lOrg + *lLength - 1);
   for (std::int32_t lAddress = tOptions.lStart.value_or(tOptions.lOrg); lAddress <= lEnd;) {
     const auto tBuilt = modDISListing::BuildListingLine(abImage, lAddress);
-    std::cout << tBuilt.sLine << "\r\n";
+    PrintLine(tBuilt.sLine, "\r\n");
     lAddress += tBuilt.lLength;
   }
   return Finish(STATUS_OK);
@@ -129,7 +158,8 @@ int Assemble(const Options& tOptions) {
     modDISAsm::AsmBytes tBytes;
     std::string sError;
     if (!modDISAsm::AsmAssemble(sLine, lAddress, tBytes, sError)) {
-      std::cerr << tOptions.sInput << ':' << lLine << ": " << sError << '\n';
+      const std::string sMessage = tOptions.sInput + ':' + std::to_string(lLine) + ": " + sError;
+      std::cerr << modALLUtility::Printable(sMessage) << '\n';
       bRejected = true;
       continue;
     }
@@ -139,7 +169,7 @@ int Assemble(const Options& tOptions) {
       lNext = modALLUtility::AddrAdd(lNext, 1);
       if (tOptions.sOutput) sProgram += static_cast<char>(bByte);
     }
-    std::cout << modDISListing::BuildListingLine(abImage, lAddress).sLine << '\n';
+    PrintLine(modDISListing::BuildListingLine(abImage, lAddress).sLine, "\n");
     lAddress = lNext;
   }
   if (tSource.bad()) return Fail(ToolInput::SystemMessage("cannot read " + InputName(tOptions)));

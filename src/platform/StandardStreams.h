@@ -14,6 +14,9 @@ void SecureStandardStreams();
 /// ends. Called before the first use of either.
 void SetBinaryStandardStreams();
 
+/// Whether what is printed to standard output is shown to a user at once.
+bool IsOutputTerminal();
+
 /// Prints a text to standard output, or to standard error. A window program on Windows has neither
 /// unless it was given one, and shows the text in a message box instead.
 /// @return false when it could not be written

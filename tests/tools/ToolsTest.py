@@ -72,6 +72,17 @@ def TestZ80():
             tRun = subprocess.run([Z80, *sArguments.split()], stdout=tOut, stderr=subprocess.PIPE)
         assert tRun.returncode == 2 and sMessage in tRun.stderr.decode(), tRun
 
+    # A terminal would act on control characters, of the program and of whoever named the file.
+    hTerminal, hOutput = os.openpty()
+    tRun = subprocess.run([Z80, "dis", "-"], input=b"\x1b\x9b\xe4\0A", stdout=hOutput,
+                          env={**os.environ, "LC_ALL": "C.UTF-8"}, timeout=60)
+    asListed = os.read(hTerminal, 1000).decode().split("\r\r\n")
+    assert [sLine[41:] for sLine in asListed] == ["\xb7 ", "\xb7 ", "\xe4 \xb7 A ", ""], asListed
+    tRun = Run(Z80, "asm", "-", abInput=b"LD A,\x1b[\n")
+    assert tRun.stderr == b"-:1: Invalid hex value: ?[\n", tRun
+    tRun = Run(Z80, "dis", "\xe4\x1b\x9b\U0001F600")
+    assert "open \xe4???\U0001F600: " in tRun.stderr.decode(), tRun
+
     # What dis prints of a real program, asm turns into the same bytes. (This one has no marked
     # instruction, which would come back as its documented twin.)
     abRom = open("/usr/share/cbios/cbios_disk.rom", "rb").read()

@@ -28,6 +28,8 @@ void SecureStandardStreams() {
 // POSIX knows no other streams than binary ones.
 void SetBinaryStandardStreams() {}
 
+bool IsOutputTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+
 bool PrintOutput(const std::string& sText) { return Print(stdout, sText); }
 
 bool PrintError(const std::string& sText) { return Print(stderr, sText); }

@@ -33,6 +33,11 @@ void SetBinaryStandardStreams() {
   _setmode(_fileno(stdout), _O_BINARY);
 }
 
+bool IsOutputTerminal() {
+  DWORD lMode = 0;
+  return ::GetConsoleMode(::GetStdHandle(STD_OUTPUT_HANDLE), &lMode) != 0;
+}
+
 bool PrintOutput(const std::string& sText) {
   return Print(STD_OUTPUT_HANDLE, sText, MB_ICONINFORMATION);
 }
