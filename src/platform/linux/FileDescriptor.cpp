@@ -148,24 +148,25 @@ std::optional<std::string> TargetPath(const std::string& sPath) {
     struct stat tFolder = {};
     struct stat tNamed = {};
     if (::lstat(sTarget.c_str(), &tFolder) != 0) return std::nullopt;
-    if (::lstat((sTarget + sName).c_str(), &tNamed) != 0) {
+    const std::string sNamed = sTarget + sName;
+    if (::lstat(sNamed.c_str(), &tNamed) != 0) {
       if (errno != ENOENT || !sRest.empty()) return std::nullopt;
-      return sTarget + sName;
+      return sNamed;
     }
     if (S_ISLNK(tNamed.st_mode)) {
       const int lError = IsTrap(tFolder, tNamed) ? EACCES : ++lLinks > MOST_LINKS ? ELOOP : 0;
       std::error_code tError(lError, std::generic_category());
-      if (!tError && sRest.empty() && IsStream(sTarget + sName)) return sTarget + sName;
+      if (!tError && sRest.empty() && IsStream(sNamed)) return sNamed;
       std::string sLink;
-      if (!tError) sLink = std::filesystem::read_symlink(sTarget + sName, tError);
+      if (!tError) sLink = std::filesystem::read_symlink(sNamed, tError);
       if (tError) {
         errno = tError.value();
         return std::nullopt;
       }
       if (sLink.starts_with('/')) sTarget = "/";
-      sRest = sLink + sRest;
+      sRest.insert(0, sLink);
     } else {
-      sTarget += sName;
+      sTarget = sNamed;
       if (!sRest.empty()) sTarget += '/';
     }
   }
