@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -93,6 +94,14 @@ void SayBytes(std::span<const std::uint8_t> abImage, std::size_t lFirst, std::si
   }
 }
 
+/// A part of the memory that is all there; throws when another program has cut the block.
+std::span<std::uint8_t, ADDRESS_SPACE> Whole(std::span<std::uint8_t> abPart) {
+  if (abPart.size() < ADDRESS_SPACE) {
+    throw std::runtime_error("another program has cut the shared memory");
+  }
+  return abPart.first<ADDRESS_SPACE>();
+}
+
 class Emulator {
  public:
   /// Does all that comes before the first poll; false after a message.
@@ -104,9 +113,9 @@ class Emulator {
  private:
   using Words = std::vector<std::string>;
 
-  static std::span<std::uint8_t, ADDRESS_SPACE> Ram() {
-    return modALLSharedMap::RamImage().first<ADDRESS_SPACE>();  // Open saw to the block's size
-  }
+  using Memory = std::span<std::uint8_t, ADDRESS_SPACE>;
+  static Memory Ram() { return Whole(modALLSharedMap::RamImage()); }
+  static Memory Protection() { return Whole(modALLSharedMap::ProtectionMap()); }
 
   bool Prepare(const EmulatorOptions& tOptions, std::string& sError);
   void Show(std::int32_t lAddress);
@@ -169,7 +178,7 @@ void Emulator::Show(std::int32_t lAddress) {
 }
 
 void Emulator::SetProtection(EmulatorOptions::Range tRange, std::uint8_t bValue) {
-  const auto abMap = modALLSharedMap::ProtectionMap();
+  const Memory abMap = Protection();
   std::fill(abMap.begin() + tRange.lFirst, abMap.begin() + tRange.lLast + 1, bValue);
 }
 
@@ -350,7 +359,7 @@ void Emulator::SayStatus() const {
   Say("show address: " + Hex4(ReadControlField(ControlField::ShowAddr)));
   Say("breakpoint address: " + Hex4(ReadControlField(ControlField::BreakpointAddr)));
   std::string sProtected = "protected:";
-  const auto abMap = ProtectionMap();
+  const Memory abMap = Protection();
   for (std::size_t lFirst = 0; lFirst < abMap.size(); ++lFirst) {
     if (abMap[lFirst] == 0) continue;
     std::size_t lEnd = lFirst;
@@ -386,5 +395,10 @@ int main(int lArguments, char** apArgument) {
   // Before anything exists that would be left behind.
   platform::CatchEndRequests();
   Emulator tEmulator;
-  return tEmulator.Start(tOptions) ? tEmulator.Run() : STATUS_ERROR;
+  try {
+    return tEmulator.Start(tOptions) ? tEmulator.Run() : STATUS_ERROR;
+  } catch (const std::exception& tError) {
+    Complain(tError.what());
+    return STATUS_ERROR;
+  }
 }

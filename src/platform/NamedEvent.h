@@ -15,7 +15,8 @@ namespace platform {
 /// @return its handle, or 0 on failure
 std::uint32_t CreateNamedEvent(const std::string& sName);
 
-/// Signals an event; false when the handle is none.
+/// Signals an event; false when the handle is none, or another program has cut the event's memory
+/// (Linux), which is the same to the next two.
 bool SetNamedEvent(std::uint32_t hEvent);
 
 /// Takes a signal away that may be there; false when the handle is none.

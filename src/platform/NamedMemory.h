@@ -24,11 +24,13 @@ std::uint32_t OpenNamedMemory(const std::string& sName);
 std::uint32_t CreateNamedMemory(const std::string& sName, std::uint32_t lSize);
 
 /// Maps a whole block for reading and writing; the view starts on a page boundary.
-/// @return the view, or nullptr on failure
+/// @return the view, or nullptr on failure, such as for a block of 4 GB or more
 std::uint8_t* MapNamedMemory(std::uint32_t hMemory);
 
 /// Bytes that a view covers, 0 for what is no view. A system may round up to whole pages, never
-/// down.
+/// down. Where another program can cut a block that is in use (Linux), to touch what is gone would
+/// end the process, so that this is to be asked before each use: a view of a block that has shrunk
+/// covers nothing.
 std::uint32_t NamedMemorySize(const std::uint8_t* pView);
 
 /// Ends a view; nullptr and what is no view are ignored.

@@ -59,6 +59,10 @@ FileDescriptor::~FileDescriptor() {
   if (IsOpen()) ::close(hDescriptor);
 }
 
+FileDescriptor FileDescriptor::Duplicate() const {
+  return FileDescriptor(::fcntl(hDescriptor, F_DUPFD_CLOEXEC, 0));
+}
+
 std::optional<struct stat> FileDescriptor::Status() const {
   struct stat tStatus = {};
   if (::fstat(hDescriptor, &tStatus) != 0) return std::nullopt;

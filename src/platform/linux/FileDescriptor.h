@@ -24,6 +24,9 @@ class FileDescriptor {
   bool IsOpen() const { return hDescriptor >= 0; }
   int Get() const { return hDescriptor; }
 
+  /// Another descriptor of the same opening, with its locks.
+  FileDescriptor Duplicate() const;
+
   /// What the open file is; none on failure.
   std::optional<struct stat> Status() const;
 

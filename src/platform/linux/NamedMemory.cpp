@@ -3,8 +3,10 @@
 #include <sys/mman.h>
 
 #include <cerrno>
+#include <limits>
 #include <map>
 #include <memory>
+#include <utility>
 
 #include "platform/linux/NamedObject.h"
 
@@ -17,9 +19,14 @@ class NamedMemory final : public NamedObject {
   using NamedObject::NamedObject;
 };
 
-using ViewTable = std::map<const std::uint8_t*, std::size_t>;
+struct View {
+  std::size_t lSize;
+  FileDescriptor tFile;  // of the block, whose own handle may be closed before the view
+};
 
-// Sizes of the views by their addresses; never destroyed, as views live to the end of the process.
+using ViewTable = std::map<const std::uint8_t*, View>;
+
+// The views by their addresses; never destroyed, as views live to the end of the process.
 ViewTable& Views() {
   static auto& tViews = *new ViewTable;
   return tViews;
@@ -48,21 +55,34 @@ std::uint8_t* MapNamedMemory(std::uint32_t hMemory) {
   const auto* const pMemory = SystemObjectAs<NamedMemory>(hMemory);
   if (pMemory == nullptr) return nullptr;
   const std::size_t lSize = pMemory->Size();
+  if (lSize > std::numeric_limits<std::uint32_t>::max()) {
+    SetLastSystemError(EFBIG);
+    return nullptr;
+  }
+  FileDescriptor tFile = pMemory->Duplicate();
+  if (!tFile.IsOpen()) {
+    SetLastSystemError(errno);
+    return nullptr;
+  }
   std::uint8_t* const pView = pMemory->Map(lSize);
-  if (pView != nullptr) Views()[pView] = lSize;
+  if (pView != nullptr) Views().insert_or_assign(pView, View{lSize, std::move(tFile)});
   return pView;
 }
 
 std::uint32_t NamedMemorySize(const std::uint8_t* pView) {
-  const auto tFound = Views().find(pView);
-  return tFound == Views().end() ? 0 : static_cast<std::uint32_t>(tFound->second);
+  const auto itFound = Views().find(pView);
+  if (itFound == Views().end()) return 0;
+  const auto& [lSize, tFile] = itFound->second;
+  const auto tStatus = tFile.Status();
+  const bool bWhole = tStatus && tStatus->st_size >= static_cast<off_t>(lSize);
+  return bWhole ? static_cast<std::uint32_t>(lSize) : 0;
 }
 
 void UnmapNamedMemory(std::uint8_t* pView) {
-  const auto tFound = Views().find(pView);
-  if (tFound == Views().end()) return;
-  ::munmap(pView, tFound->second);
-  Views().erase(tFound);
+  const auto itFound = Views().find(pView);
+  if (itFound == Views().end()) return;
+  ::munmap(pView, itFound->second.lSize);
+  Views().erase(itFound);
 }
 
 }  // namespace platform

@@ -37,6 +37,9 @@ class NamedObject : public SystemObject {
   /// Bytes of the object's memory.
   std::size_t Size() const;
 
+  /// Another descriptor of this opening; not open on failure, with the reason in errno.
+  FileDescriptor Duplicate() const { return tFile.Duplicate(); }
+
   /// Maps the memory, shared and writable; nullptr on failure, with the last system error set.
   std::uint8_t* Map(std::size_t lBytes) const;
 

@@ -1,7 +1,9 @@
 #include "platform/qt/QtToolkit.h"
 
+#include <QBuffer>
 #include <QDialog>
 #include <QIcon>
+#include <QImageReader>
 #include <QMouseEvent>
 #include <QScreen>
 #include <QStyle>
@@ -11,6 +13,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "platform/Environment.h"
 #include "platform/StandardStreams.h"
 #include "platform/ToolkitFactory.h"
 #include "platform/linux/EndSignals.h"
@@ -203,10 +206,17 @@ Size QtToolkit::IconSize(IconKind eKind) const {
 }
 
 std::uint32_t QtToolkit::LoadIcon(const std::string& sPath, Size tPixels) {
+  // Read here, for Qt would wait for the writer of a pipe, and read a device for ever.
+  const FileText tFile = ReadFileText(sPath);
+  auto abFile = QByteArray::fromStdString(tFile.sText);
+  QBuffer tBuffer(&abFile);
+  QImageReader tReader(&tBuffer);
+  QIcon tIcon;
+  do {
+    tIcon.addPixmap(QPixmap::fromImage(tReader.read()));
+  } while (tReader.jumpToNextImage());
   // Of the file's pictures an icon gives the one nearest to the wanted size.
-  const QImage tPicture = QIcon(QString::fromStdString(sPath))
-                              .pixmap(QSize(tPixels.lWidth, tPixels.lHeight), 1.0)
-                              .toImage();
+  const QImage tPicture = tIcon.pixmap(QSize(tPixels.lWidth, tPixels.lHeight), 1.0).toImage();
   if (tPicture.isNull()) return 0;
   // Every window loads the same icon: it is kept once.
   const auto itKept = std::ranges::find(atIcon, tPicture);

@@ -1,5 +1,7 @@
 #include "platform/NamedMemory.h"
 
+#include <limits>
+
 #include "platform/win32/SystemHandles.h"
 
 namespace platform {
@@ -7,6 +9,21 @@ namespace platform {
 using win32::Noted;
 using win32::NotedNumber;
 using win32::ObjectName;
+
+namespace {
+
+/// Bytes of a view; 0 for what is none.
+SIZE_T ViewSize(const void* pView) {
+  MEMORY_BASIC_INFORMATION tRegion = {};
+  if (pView == nullptr || ::VirtualQuery(pView, &tRegion, sizeof(tRegion)) == 0 ||
+      tRegion.AllocationBase != pView || tRegion.State != MEM_COMMIT ||
+      tRegion.Type != MEM_MAPPED) {
+    return 0;
+  }
+  return tRegion.RegionSize;
+}
+
+}  // namespace
 
 std::uint32_t OpenNamedMemory(const std::string& sName) {
   const std::wstring sWide = ObjectName(sName);
@@ -23,18 +40,17 @@ std::uint32_t CreateNamedMemory(const std::string& sName, std::uint32_t lSize) {
 
 std::uint8_t* MapNamedMemory(std::uint32_t hMemory) {
   void* const pView = ::MapViewOfFile(win32::HandleOf<HANDLE>(hMemory), FILE_MAP_WRITE, 0, 0, 0);
-  Noted(pView != nullptr);
+  if (!Noted(pView != nullptr)) return nullptr;
+  if (ViewSize(pView) > std::numeric_limits<std::uint32_t>::max()) {
+    ::UnmapViewOfFile(pView);
+    win32::NoteFailure(ERROR_FILE_TOO_LARGE);
+    return nullptr;
+  }
   return static_cast<std::uint8_t*>(pView);
 }
 
 std::uint32_t NamedMemorySize(const std::uint8_t* pView) {
-  MEMORY_BASIC_INFORMATION tRegion = {};
-  if (pView == nullptr || ::VirtualQuery(pView, &tRegion, sizeof(tRegion)) == 0 ||
-      tRegion.AllocationBase != pView || tRegion.State != MEM_COMMIT ||
-      tRegion.Type != MEM_MAPPED) {
-    return 0;
-  }
-  return static_cast<std::uint32_t>(tRegion.RegionSize);
+  return static_cast<std::uint32_t>(ViewSize(pView));
 }
 
 void UnmapNamedMemory(std::uint8_t* pView) {

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "platform/NamedEvent.h"
 #include "platform/NamedMemory.h"
 #include "platform/TestProcess.h"
 #include "platform/linux/NamedObject.h"
@@ -11,6 +12,10 @@
 namespace {
 
 using namespace platform;
+
+std::string FileOf(std::string_view sKind, const std::string& sName) {
+  return "/dev/shm" + NamedObject::FileName(sKind, sName);
+}
 
 bool HaveSmallMemory() {
   return ::unshare(CLONE_NEWNS) == 0 &&
@@ -22,7 +27,7 @@ const test::ChildCode MAY_MOUNT([](const test::Arguments&) { EXPECT_TRUE(HaveSma
 
 const test::ChildCode ARE_REFUSED([](const test::Arguments&) {
   ASSERT_TRUE(HaveSmallMemory());
-  const std::string sFile = "/dev/shm" + NamedObject::FileName("memory", "name");
+  const std::string sFile = FileOf("memory", "name");
   test::WriteFile(sFile, "trap");
   ASSERT_EQ(::chown(sFile.c_str(), 65534, 65534), 0);
   EXPECT_EQ(OpenNamedMemory("name") + CreateNamedMemory("name", 16), 0U);
@@ -34,6 +39,28 @@ const test::ChildCode ARE_REFUSED([](const test::Arguments&) {
 TEST(NamedObjectsOnLinux, AreRefusedWhenAnotherUsersOrTooBig) {
   if (!test::RunInChild(MAY_MOUNT)) GTEST_SKIP() << "no right to mount";
   EXPECT_TRUE(test::RunInChild(ARE_REFUSED));
+}
+
+TEST(NamedObjectsOnLinux, AreNotTouchedWhereTheyWereCut) {
+  const std::string sName = test::UniqueName();
+  const std::uint32_t hMemory = CreateNamedMemory(sName, 0x20000);
+  std::uint8_t* const pView = MapNamedMemory(hMemory);
+  EXPECT_EQ(NamedMemorySize(pView), 0x20000U);
+  ASSERT_EQ(::truncate(FileOf("memory", sName).c_str(), 0x1FFFF), 0);
+  EXPECT_EQ(NamedMemorySize(pView), 0U);
+  ASSERT_EQ(::truncate(FileOf("memory", sName).c_str(), 0x100000000), 0);
+  EXPECT_EQ(NamedMemorySize(pView), 0x20000U);
+  EXPECT_EQ(MapNamedMemory(hMemory), nullptr) << "4 GB";
+  EXPECT_EQ(LastSystemError(), static_cast<std::uint32_t>(EFBIG));
+  UnmapNamedMemory(pView);
+  CloseSystemHandle(hMemory);
+
+  const std::uint32_t hEvent = CreateNamedEvent(sName);
+  ASSERT_TRUE(SetNamedEvent(hEvent));
+  ASSERT_EQ(::truncate(FileOf("event", sName).c_str(), 0), 0);
+  EXPECT_FALSE(SetNamedEvent(hEvent) || WaitNamedEvent(hEvent) || ResetNamedEvent(hEvent));
+  EXPECT_EQ(CreateNamedEvent(sName), 0U);
+  CloseSystemHandle(hEvent);
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
+#include <QFile>
 #include <QInputMethodEvent>
 #include <QLineEdit>
 #include <QListView>
@@ -814,6 +816,9 @@ TEST_F(QtToolkitTest, IconsAreLoadedOnce) {
   QTemporaryDir tFolder;
   const std::string sIcon = tFolder.filePath("icon.ico").toStdString();
   EXPECT_EQ(TheToolkit().LoadIcon(sIcon, {16, 16}), 0U);
+  ASSERT_EQ(::mkfifo(sIcon.c_str(), 0600), 0);
+  EXPECT_EQ(TheToolkit().LoadIcon(sIcon, {16, 16}), 0U) << "a pipe that nobody writes to";
+  ASSERT_TRUE(QFile::remove(tFolder.filePath("icon.ico")));
   ASSERT_TRUE(QImage(32, 32, QImage::Format_RGB32).save(sIcon.c_str(), "ico"));
   const std::uint32_t hSmall = TheToolkit().LoadIcon(sIcon, {16, 16});
   EXPECT_EQ(TheToolkit().LoadIcon(sIcon, {16, 16}), hSmall);
