@@ -5,7 +5,6 @@
 #include <exception>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include "config/modALLProcessError.h"
 #include "config/modALLProcessFolders.h"
@@ -23,8 +22,8 @@ constexpr int OPEN_ATTEMPTS = 50;
 constexpr std::uint32_t OPEN_RETRY_MILLISECONDS = 50;
 constexpr std::uint32_t INVALID_HANDLE = 0xFFFFFFFF;
 
-IniLines asIniLine(1);
-std::vector<std::uint8_t> abIniLineState(1, LINE_AS_LOADED);
+IniLines asIniLine;
+IniLineStates abIniLineState;
 bool bIniDirty = false;
 bool bIniLoaded = false;
 std::uint32_t hIniFile = 0;
@@ -56,13 +55,13 @@ bool IniOpen() {
 }
 
 std::optional<IniLines> IniReadLines(std::uint32_t hFile) {
-  const auto sText = platform::ReadExclusiveFile(hFile);
+  auto sText = platform::ReadExclusiveFile(hFile);
   if (!sText) return std::nullopt;
-  return IniSplitText(*sText);
+  return IniLines(*std::move(sText));
 }
 
 bool IniWriteLines(std::uint32_t hFile, const IniLines& asLine) {
-  return platform::WriteExclusiveFile(hFile, IniJoinLines(asLine));
+  return platform::WriteExclusiveFile(hFile, asLine.Text());
 }
 
 // Runs one use of the file, which is closed afterwards whatever happens in it; an error in it, such
@@ -79,10 +78,19 @@ bool WithIniFile(Use fnDo) {
   return bDone;
 }
 
-// Inserts a line into the store; lAt is at most the number of its lines.
-void InsertStoreLine(std::size_t lAt, std::string sText, std::uint8_t bState) {
-  IniInsertLine(asIniLine, lAt, std::move(sText));
-  abIniLineState.insert(abIniLineState.begin() + static_cast<std::ptrdiff_t>(lAt), bState);
+// Puts a line that this program sets into the store, at a place or behind the last line.
+void InsertStoreLine(std::size_t lAt, std::string_view sLine) {
+  const std::size_t lSizeBefore = asIniLine.Text().size();
+  const std::size_t lPlace = asIniLine.Insert(lAt, sLine);
+  abIniLineState.Move(lPlace, static_cast<std::ptrdiff_t>(asIniLine.Text().size() - lSizeBefore));
+  abIniLineState.NoteSet(lPlace);
+}
+
+void ReplaceStoreLine(std::size_t lAt, std::string_view sLine) {
+  const auto lLengthBefore = static_cast<std::ptrdiff_t>(asIniLine.Line(lAt).size());
+  asIniLine.Replace(lAt, sLine);
+  abIniLineState.Move(lAt + 1, static_cast<std::ptrdiff_t>(sLine.size()) - lLengthBefore);
+  abIniLineState.NoteSet(lAt);
 }
 
 void IniLoadOnFirstUse() {
@@ -105,7 +113,7 @@ std::optional<std::string> IniStoredValue(std::string_view sSection, std::string
   if (!tSection) return std::nullopt;
   const auto lLine = IniFindKey(asIniLine, *tSection, sKey);
   if (!lLine) return std::nullopt;
-  return std::string(IniParseKey(asIniLine[*lLine])->sValue);
+  return std::string(IniParseKey(asIniLine.Line(*lLine))->sValue);
 }
 
 }  // namespace
@@ -125,22 +133,16 @@ bool IniSetValue(std::string_view sSection, std::string_view sKey, std::string_v
   sSection = IniTrim(sSection);
   sKey = IniTrim(sKey);
   if (sKey.empty() || sSection.empty()) return true;
-  std::string sLine = std::string(sKey) + "=" + std::string(IniTrim(sValue));
-  if (const auto tSection = IniFindSection(asIniLine, sSection)) {
-    if (const auto lLine = IniFindKey(asIniLine, *tSection, sKey)) {
-      if (abIniLineState[*lLine] == LINE_SET_HERE && asIniLine[*lLine] == sLine) return true;
-      asIniLine[*lLine] = std::move(sLine);
-      abIniLineState[*lLine] = LINE_SET_HERE;
-    } else {
-      InsertStoreLine(tSection->lEnd, std::move(sLine), LINE_SET_HERE);
-    }
+  const std::string sLine = std::string(sKey) + "=" + std::string(IniTrim(sValue));
+  const auto tSection = IniFindSection(asIniLine, sSection);
+  if (!tSection) {
+    IniAddSection(asIniLine, sSection);
+    InsertStoreLine(std::string::npos, sLine);
+  } else if (const auto lLine = IniFindKey(asIniLine, *tSection, sKey)) {
+    if (abIniLineState.IsSetHere(*lLine) && asIniLine.Line(*lLine) == sLine) return true;
+    ReplaceStoreLine(*lLine, sLine);
   } else {
-    if (IniIsEmptyStore(asIniLine)) {
-      asIniLine.clear();
-      abIniLineState.clear();
-    }
-    InsertStoreLine(asIniLine.size(), "[" + std::string(sSection) + "]", LINE_AS_LOADED);
-    InsertStoreLine(asIniLine.size(), std::move(sLine), LINE_SET_HERE);
+    InsertStoreLine(tSection->lEnd, sLine);
   }
   bIniDirty = true;
   return true;
@@ -162,9 +164,8 @@ bool IniLoad() {
   return WithIniFile([] {
     auto asFileLine = IniReadLines(hIniFile);
     if (!asFileLine) return false;
-    std::vector<std::uint8_t> abState(asFileLine->size(), LINE_AS_LOADED);
     asIniLine = *std::move(asFileLine);
-    abIniLineState = std::move(abState);
+    abIniLineState = {};
     bIniDirty = false;
     bIniLoaded = true;
     return true;

@@ -1,9 +1,91 @@
 #include "config/modAllIniLines.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace modAllIni {
+
+namespace {
+
+constexpr std::string_view LINE_END = "\r\n";
+
+}  // namespace
+
+IniLines::IniLines(std::string sFileText) : sText(std::move(sFileText)) {
+  // Most files have nothing but CR LF already, and are left as they are.
+  std::size_t lPlain = 0;
+  while (lPlain < sText.size()) {
+    const std::size_t lNext = sText.find_first_of(LINE_END, lPlain);
+    if (lNext == std::string::npos) return;
+    if (sText.compare(lNext, LINE_END.size(), LINE_END) != 0) break;
+    lPlain = lNext + LINE_END.size();
+  }
+  const auto itPlain = sText.begin() + static_cast<std::ptrdiff_t>(lPlain);
+  sText.erase(std::remove(itPlain, sText.end(), '\r'), sText.end());
+  std::size_t lFrom = sText.size();
+  sText.resize(lFrom +
+               static_cast<std::size_t>(std::count(
+                   sText.begin() + static_cast<std::ptrdiff_t>(lPlain), sText.end(), '\n')));
+  for (std::size_t lTo = sText.size(); lTo > lFrom;) {
+    sText[--lTo] = sText[--lFrom];
+    if (sText[lTo] == '\n') sText[--lTo] = '\r';
+  }
+}
+
+std::string_view IniLines::Line(std::size_t lAt) const {
+  const std::size_t lEnd = sText.find('\n', lAt);
+  const std::size_t lLength = lEnd == std::string::npos ? lEnd : lEnd - 1 - lAt;
+  return std::string_view(sText).substr(lAt, lLength);
+}
+
+std::size_t IniLines::Next(std::size_t lAt) const {
+  const std::size_t lEnd = sText.find('\n', lAt);
+  return lEnd == std::string::npos ? sText.size() + LINE_END.size() : lEnd + 1;
+}
+
+std::size_t IniLines::Insert(std::size_t lAt, std::string_view sLine) {
+  if (!Has(lAt)) {
+    sText.append(LINE_END).append(sLine);
+    return sText.size() - sLine.size();
+  }
+  sText.insert(lAt, std::string(sLine).append(LINE_END));
+  return lAt;
+}
+
+void IniLines::Replace(std::size_t lAt, std::string_view sLine) {
+  sText.replace(lAt, Line(lAt).size(), sLine);
+}
+
+void IniLines::RemoveIf(const std::function<bool(std::size_t lAt)>& fnIsUnwanted) {
+  std::size_t lKept = 0;  // bytes of the lines that stay, each with its end
+  for (std::size_t lAt = 0; Has(lAt);) {
+    const std::size_t lNext = Next(lAt);
+    if (!fnIsUnwanted(lAt)) {
+      const std::size_t lEnd = std::min(lNext, sText.size());
+      if (lKept != lAt) {
+        std::copy(sText.begin() + static_cast<std::ptrdiff_t>(lAt),
+                  sText.begin() + static_cast<std::ptrdiff_t>(lEnd),
+                  sText.begin() + static_cast<std::ptrdiff_t>(lKept));
+      }
+      lKept += lNext - lAt;
+    }
+    lAt = lNext;
+  }
+  sText.resize(lKept - std::min(lKept, LINE_END.size()));
+}
+
+bool IniLineStates::IsSetHere(std::size_t lAt) const {
+  return std::ranges::find(alSetHere, lAt) != alSetHere.end();
+}
+
+void IniLineStates::NoteSet(std::size_t lAt) {
+  if (!IsSetHere(lAt)) alSetHere.push_back(lAt);
+}
+
+void IniLineStates::Move(std::size_t lAt, std::ptrdiff_t lBytes) {
+  for (std::size_t& lSet : alSetHere) {
+    if (lSet >= lAt) lSet += static_cast<std::size_t>(lBytes);
+  }
+}
 
 std::string_view IniTrim(std::string_view sText) {
   const auto lFirst = sText.find_first_not_of(' ');
@@ -11,33 +93,11 @@ std::string_view IniTrim(std::string_view sText) {
   return sText.substr(lFirst, sText.find_last_not_of(' ') - lFirst + 1);
 }
 
-IniLines IniSplitText(std::string_view sText) {
-  IniLines asLine;
-  for (bool bMore = true; bMore;) {
-    const auto lEnd = sText.find('\n');
-    bMore = lEnd != std::string_view::npos;
-    std::string& sLine = asLine.emplace_back(sText.substr(0, lEnd));
-    std::erase(sLine, '\r');
-    if (bMore) sText.remove_prefix(lEnd + 1);
-  }
-  return asLine;
-}
-
-std::string IniJoinLines(const IniLines& asLine) {
-  std::size_t lSize = 0;
-  for (const auto& sLine : asLine) lSize += sLine.size() + 2;
-  std::string sText;
-  sText.reserve(lSize);
-  for (const auto& sLine : asLine) {
-    if (&sLine != &asLine.front()) sText += "\r\n";
-    sText += sLine;
-  }
-  return sText;
-}
-
 std::optional<std::string_view> IniParseSection(std::string_view sLine) {
+  const auto lFirst = sLine.find_first_not_of(' ');
+  if (lFirst == std::string_view::npos || sLine[lFirst] != '[') return std::nullopt;
   const std::string_view sTrimmed = IniTrim(sLine);
-  if (sTrimmed.size() < 3 || sTrimmed.front() != '[' || sTrimmed.back() != ']') return std::nullopt;
+  if (sTrimmed.size() < 3 || sTrimmed.back() != ']') return std::nullopt;
   return sTrimmed.substr(1, sTrimmed.size() - 2);
 }
 
@@ -53,81 +113,77 @@ std::optional<IniKey> IniParseKey(std::string_view sLine) {
   return IniKey{IniTrim(sTrimmed.substr(0, lEquals)), IniTrim(sTrimmed.substr(lEquals + 1))};
 }
 
-std::optional<IniSection> IniFindSection(std::span<const std::string> asLine,
-                                         std::string_view sName) {
+std::optional<IniSection> IniFindSection(const IniLines& asLine, std::string_view sName) {
   sName = IniTrim(sName);
   if (sName.size() >= 2 && sName.front() == '[' && sName.back() == ']') {
     sName = sName.substr(1, sName.size() - 2);
   }
-  for (std::size_t lHeader = 0; lHeader < asLine.size(); ++lHeader) {
-    if (IniParseSection(asLine[lHeader]) != sName) continue;
-    std::size_t lEnd = lHeader + 1;
-    while (lEnd < asLine.size() && !IniParseSection(asLine[lEnd])) ++lEnd;
-    return IniSection{lHeader, lHeader + 1, lEnd};
+  for (std::size_t lHeader = 0; asLine.Has(lHeader); lHeader = asLine.Next(lHeader)) {
+    if (IniParseSection(asLine.Line(lHeader)) != sName) continue;
+    const std::size_t lFirst = asLine.Next(lHeader);
+    std::size_t lEnd = lFirst;
+    while (asLine.Has(lEnd) && !IniParseSection(asLine.Line(lEnd))) lEnd = asLine.Next(lEnd);
+    return IniSection{lHeader, lFirst, lEnd};
   }
   return std::nullopt;
 }
 
-std::optional<std::size_t> IniFindKey(std::span<const std::string> asLine,
-                                      const IniSection& tSection, std::string_view sKey) {
-  for (std::size_t lLine = tSection.lFirst; lLine < tSection.lEnd; ++lLine) {
-    const auto tKey = IniParseKey(asLine[lLine]);
-    if (tKey && tKey->sKey == sKey) return lLine;
+std::optional<std::size_t> IniFindKey(const IniLines& asLine, const IniSection& tSection,
+                                      std::string_view sKey) {
+  for (std::size_t lAt = tSection.lFirst; lAt < tSection.lEnd; lAt = asLine.Next(lAt)) {
+    const std::string_view sLine = asLine.Line(lAt);
+    if (sLine.find(sKey) == std::string_view::npos) continue;
+    const auto tKey = IniParseKey(sLine);
+    if (tKey && tKey->sKey == sKey) return lAt;
   }
   return std::nullopt;
 }
 
-bool IniIsEmptyStore(std::span<const std::string> asLine) {
-  return asLine.size() == 1 && asLine.front().empty();
-}
-
-void IniInsertLine(IniLines& asLine, std::size_t lAt, std::string sText) {
-  const auto tPlace = asLine.begin() + static_cast<std::ptrdiff_t>(std::min(lAt, asLine.size()));
-  asLine.insert(tPlace, std::move(sText));
+void IniAddSection(IniLines& asLine, std::string_view sSection) {
+  const std::string sHeader = "[" + std::string(sSection) + "]";
+  if (asLine.IsEmptyStore()) {
+    asLine.Replace(0, sHeader);
+  } else {
+    asLine.Insert(std::string::npos, sHeader);
+  }
 }
 
 void IniFileSetKey(IniLines& asFileLine, std::string_view sSection, std::string_view sKey,
                    std::string_view sLine) {
-  if (const auto tSection = IniFindSection(asFileLine, sSection)) {
-    if (const auto lLine = IniFindKey(asFileLine, *tSection, sKey)) {
-      asFileLine[*lLine] = sLine;
-    } else {
-      IniInsertLine(asFileLine, tSection->lEnd, std::string(sLine));
-    }
-    return;
+  const auto tSection = IniFindSection(asFileLine, sSection);
+  if (!tSection) {
+    IniAddSection(asFileLine, sSection);
+    asFileLine.Insert(std::string::npos, sLine);
+  } else if (const auto lLine = IniFindKey(asFileLine, *tSection, sKey)) {
+    asFileLine.Replace(*lLine, sLine);
+  } else {
+    asFileLine.Insert(tSection->lEnd, sLine);
   }
-  if (IniIsEmptyStore(asFileLine)) asFileLine.clear();
-  asFileLine.push_back("[" + std::string(sSection) + "]");
-  asFileLine.emplace_back(sLine);
 }
 
-void IniApplyChanges(std::span<const std::string> asStoreLine,
-                     std::span<const std::uint8_t> abState, IniLines& asFileLine) {
+void IniApplyChanges(const IniLines& asStoreLine, const IniLineStates& abState,
+                     IniLines& asFileLine) {
   std::optional<std::string_view> sSection;
-  for (std::size_t lLine = 0; lLine < asStoreLine.size(); ++lLine) {
-    if (const auto sHeader = IniParseSection(asStoreLine[lLine])) {
+  for (std::size_t lAt = 0; asStoreLine.Has(lAt); lAt = asStoreLine.Next(lAt)) {
+    const std::string_view sLine = asStoreLine.Line(lAt);
+    if (const auto sHeader = IniParseSection(sLine)) {
       sSection = sHeader;
-    } else if (sSection && abState[lLine] == LINE_SET_HERE) {
-      const auto tKey = IniParseKey(asStoreLine[lLine]);
-      if (tKey) IniFileSetKey(asFileLine, *sSection, tKey->sKey, asStoreLine[lLine]);
+    } else if (sSection && abState.IsSetHere(lAt)) {
+      const auto tKey = IniParseKey(sLine);
+      if (tKey) IniFileSetKey(asFileLine, *sSection, tKey->sKey, sLine);
     }
   }
 }
 
 void IniDropEmptySections(IniLines& asLine) {
-  // Kept lines move up to the back, so that a file of nothing but headers takes no longer than any.
-  bool bKeySeen = false;
-  std::size_t lKept = asLine.size();
-  for (std::size_t lLine = asLine.size(); lLine-- > 0;) {
-    const bool bHeader = IniParseSection(asLine[lLine]).has_value();
-    if (!bHeader || bKeySeen) {
-      --lKept;
-      if (lKept != lLine) asLine[lKept] = std::move(asLine[lLine]);
+  asLine.RemoveIf([&asLine](std::size_t lAt) {
+    if (!IniParseSection(asLine.Line(lAt))) return false;
+    for (lAt = asLine.Next(lAt); asLine.Has(lAt); lAt = asLine.Next(lAt)) {
+      if (IniParseKey(asLine.Line(lAt))) return false;
+      if (IniParseSection(asLine.Line(lAt))) return true;
     }
-    bKeySeen = !bHeader && (bKeySeen || IniParseKey(asLine[lKept]));
-  }
-  asLine.erase(asLine.begin(), asLine.begin() + static_cast<std::ptrdiff_t>(lKept));
-  if (asLine.empty()) asLine.emplace_back();
+    return true;
+  });
 }
 
 }  // namespace modAllIni

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
+#include <functional>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,20 +15,58 @@
 /// sections and keys compare byte for byte.
 namespace modAllIni {
 
-using IniLines = std::vector<std::string>;
+/// Lines in one text, as the file has them, so that a file of millions of lines takes no more room
+/// than its size. A line is known by its place, the number of bytes in front of it; a change moves
+/// the places of the lines behind it. Never without lines.
+class IniLines {
+ public:
+  IniLines() = default;  ///< an empty store
 
-/// How a line of the store came to be.
-inline constexpr std::uint8_t LINE_AS_LOADED = 0;
-inline constexpr std::uint8_t LINE_SET_HERE = 1;
+  /// The lines of a file's text: every CR dropped, split at LF.
+  explicit IniLines(std::string sFileText);
+
+  /// A file's text of the lines: CR LF between them, none behind the last.
+  const std::string& Text() const { return sText; }
+
+  /// Whether these are the lines of a file without contents.
+  bool IsEmptyStore() const { return sText.empty(); }
+
+  /// Whether there is a line at the place that Next gave; the first is at 0.
+  bool Has(std::size_t lAt) const { return lAt <= sText.size(); }
+  std::string_view Line(std::size_t lAt) const;
+  std::size_t Next(std::size_t lAt) const;
+
+  /// Puts a line before the one at a place, or behind the last for any place beyond.
+  /// @return the new line's place
+  std::size_t Insert(std::size_t lAt, std::string_view sLine);
+
+  /// Replaces the line at a place by another.
+  void Replace(std::size_t lAt, std::string_view sLine);
+
+  /// Removes the lines whose places meet a condition, which is asked from the first on and may look
+  /// at those behind; of lines that all go an empty one is left.
+  void RemoveIf(const std::function<bool(std::size_t lAt)>& fnIsUnwanted);
+
+ private:
+  std::string sText;
+};
+
+/// Which lines of the store this program has set since the store was loaded; all others are as
+/// loaded, or section headers.
+class IniLineStates {
+ public:
+  bool IsSetHere(std::size_t lAt) const;
+  void NoteSet(std::size_t lAt);
+
+  /// Follows a change of the lines: those at lAt and behind it move by so many bytes.
+  void Move(std::size_t lAt, std::ptrdiff_t lBytes);
+
+ private:
+  std::vector<std::size_t> alSetHere;
+};
 
 /// A text without its leading and trailing blanks.
 std::string_view IniTrim(std::string_view sText);
-
-/// The lines of a file's text: every CR dropped, split at LF. Never without lines.
-IniLines IniSplitText(std::string_view sText);
-
-/// A file's text of lines: CR LF between them, none behind the last.
-std::string IniJoinLines(const IniLines& asLine);
 
 /// The name between the brackets of a section header, as it stands; none for any other line.
 std::optional<std::string_view> IniParseSection(std::string_view sLine);
@@ -43,7 +80,8 @@ struct IniKey {
 /// Key and value of a key line; none for comments, headers and whatever else has no key.
 std::optional<IniKey> IniParseKey(std::string_view sLine);
 
-/// Where a section lies: its header, and its lines from lFirst up to, not including, lEnd.
+/// Where a section lies: its header, and its lines from lFirst up to, not including, lEnd, each as
+/// a place.
 struct IniSection {
   std::size_t lHeader = 0;
   std::size_t lFirst = 0;
@@ -51,18 +89,14 @@ struct IniSection {
 };
 
 /// The first section of a name, which may be given with blanks around it and in brackets.
-std::optional<IniSection> IniFindSection(std::span<const std::string> asLine,
-                                         std::string_view sName);
+std::optional<IniSection> IniFindSection(const IniLines& asLine, std::string_view sName);
 
-/// The index of the first key line of a key within a section.
-std::optional<std::size_t> IniFindKey(std::span<const std::string> asLine,
-                                      const IniSection& tSection, std::string_view sKey);
+/// The place of the first key line of a key within a section.
+std::optional<std::size_t> IniFindKey(const IniLines& asLine, const IniSection& tSection,
+                                      std::string_view sKey);
 
-/// Whether lines are those of a file without contents.
-bool IniIsEmptyStore(std::span<const std::string> asLine);
-
-/// Puts a line before the one of an index, or behind the last for any index beyond.
-void IniInsertLine(IniLines& asLine, std::size_t lAt, std::string sText);
+/// Adds a section's header at the end of the lines; an empty store's only line becomes it.
+void IniAddSection(IniLines& asLine, std::string_view sSection);
 
 /// Replaces the first line of a key in a section, or adds it at the section's end, or adds the
 /// section with it at the end of the lines.
@@ -70,9 +104,8 @@ void IniFileSetKey(IniLines& asFileLine, std::string_view sSection, std::string_
                    std::string_view sLine);
 
 /// Applies the store's lines that were set here to a file's lines, each under its section.
-/// @param abState  of each store line LINE_AS_LOADED or LINE_SET_HERE
-void IniApplyChanges(std::span<const std::string> asStoreLine,
-                     std::span<const std::uint8_t> abState, IniLines& asFileLine);
+void IniApplyChanges(const IniLines& asStoreLine, const IniLineStates& abState,
+                     IniLines& asFileLine);
 
 /// Removes every section header with no key line before the next header; what else followed it
 /// becomes part of the section above.

@@ -13,6 +13,9 @@ namespace platform {
 
 namespace {
 
+// A line more in a large text must not double it.
+constexpr std::size_t ROOM_TO_GROW = 4096;
+
 constexpr int MOST_LINKS = 40;  // as the kernel follows
 
 // Whether a link is another user's in a folder where everyone may put things.
@@ -81,7 +84,9 @@ std::optional<std::string> FileDescriptor::ReadAll() const {
     errno = S_ISREG(tStatus->st_mode) ? EFBIG : EINVAL;
     return std::nullopt;
   }
-  std::string sText(static_cast<std::size_t>(tStatus->st_size), '\0');
+  std::string sText;
+  sText.reserve(static_cast<std::size_t>(tStatus->st_size) + ROOM_TO_GROW);
+  sText.resize(static_cast<std::size_t>(tStatus->st_size));
   std::size_t lRead = 0;
   while (lRead < sText.size()) {
     const auto lPart = Uninterrupted([&] {

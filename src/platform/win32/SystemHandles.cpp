@@ -6,8 +6,13 @@
 namespace platform {
 
 namespace {
+
+// A line more in a large text must not double it.
+constexpr std::size_t ROOM_TO_GROW = 4096;
+
 DWORD lLastError = 0;
-}
+
+}  // namespace
 
 void CloseSystemHandle(std::uint32_t hObject) {
   if (hObject != 0) ::CloseHandle(win32::HandleOf<HANDLE>(hObject));
@@ -62,7 +67,9 @@ std::optional<std::string> ReadWholeFile(HANDLE hFile) {
     NoteFailure(ERROR_FILE_TOO_LARGE);
     return std::nullopt;
   }
-  std::string sText(lSize, '\0');
+  std::string sText;
+  sText.reserve(std::size_t{lSize} + ROOM_TO_GROW);
+  sText.resize(lSize);
   DWORD lRead = 0;
   if (!Noted(::SetFilePointer(hFile, 0, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER &&
              ::ReadFile(hFile, sText.data(), lSize, &lRead, nullptr) != 0)) {
