@@ -212,7 +212,8 @@ def TestOptions():
             tRun = Run(*asStart, *sArguments.split(), env=colEnvironment)
             assert tRun.returncode == lStatus, tRun
             for sPattern, abGiven in ((sOutput, tRun.stdout), (sMessage, tRun.stderr)):
-                assert re.fullmatch(sPattern, abGiven.decode(), re.DOTALL), (sPattern, tRun)
+                sGiven = abGiven.decode().replace("\r\n", "\n")
+                assert re.fullmatch(sPattern, sGiven, re.DOTALL), (sPattern, tRun)
     if DISASS.endswith(".exe"):
         return
 
