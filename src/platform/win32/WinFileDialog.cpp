@@ -3,6 +3,7 @@
 #include <cderr.h>
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 namespace platform::win32 {
@@ -24,6 +25,20 @@ const char* Description(DWORD lError) {
   }
 }
 
+/// The dialog makes the folder that the user looks into the process's own; this gives that back.
+class FolderKeeper {
+ public:
+  FolderKeeper() : sFolder(::GetCurrentDirectoryW(0, nullptr), L'\0') {
+    ::GetCurrentDirectoryW(static_cast<DWORD>(sFolder.size()), sFolder.data());
+  }
+  FolderKeeper(const FolderKeeper&) = delete;
+  FolderKeeper& operator=(const FolderKeeper&) = delete;
+  ~FolderKeeper() { ::SetCurrentDirectoryW(sFolder.c_str()); }
+
+ private:
+  std::wstring sFolder;
+};
+
 }  // namespace
 
 FileDialogResult RunFileDialog(HWND hOwner, const FileDialogRequest& tRequest) {
@@ -36,6 +51,7 @@ FileDialogResult RunFileDialog(HWND hOwner, const FileDialogRequest& tRequest) {
   const std::size_t lName = std::min(tRequest.sFileName.size(), abPath.size() - 1);
   std::copy_n(tRequest.sFileName.begin(), lName, abPath.begin());
 
+  const FolderKeeper tKeeper;
   OPENFILENAMEA tDialog = {};
   tDialog.lStructSize = sizeof(tDialog);
   tDialog.hwndOwner = hOwner;
