@@ -1,6 +1,7 @@
 #include "platform/win32/SystemHandles.h"
 
 #include <array>
+#include <cstdlib>
 #include <string_view>
 
 namespace platform {
@@ -33,14 +34,28 @@ std::uint32_t NotedNumber(HANDLE hObject) {
   return Noted(hObject != nullptr && hObject != INVALID_HANDLE_VALUE) ? NumberOf(hObject) : 0;
 }
 
+namespace {
+
+/// The system's 8-bit code page. Of a program with one of its own in its manifest, GetACP gives
+/// that one; the system's stands in the registry, and need not be its locale's ("Use UTF-8 code
+/// pages in Windows apps" in the Windows documentation).
+UINT SystemCodePage() {
+  std::array<char, 16> sNumber{};
+  DWORD lSize = sNumber.size();
+  ::RegGetValueA(HKEY_LOCAL_MACHINE, R"(SYSTEM\CurrentControlSet\Control\Nls\CodePage)", "ACP",
+                 RRF_RT_REG_SZ, nullptr, sNumber.data(), &lSize);
+  const auto lCodePage = static_cast<UINT>(std::strtoul(sNumber.data(), nullptr, 10));
+  return lCodePage != 0 ? lCodePage : UINT{CP_ACP};
+}
+
+}  // namespace
+
 std::wstring ObjectName(const std::string& sName) {
   if (sName.empty() || sName.find('\0') != std::string::npos) {
     NoteFailure(ERROR_INVALID_NAME);
     return {};
   }
-  DWORD lCodePage = CP_ACP;
-  ::GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
-                   reinterpret_cast<LPWSTR>(&lCodePage), sizeof(lCodePage) / sizeof(WCHAR));
+  const UINT lCodePage = SystemCodePage();
   const auto lLength = static_cast<int>(sName.size());
   std::wstring sWide(sName.size(), L'\0');
   const int lWide =
