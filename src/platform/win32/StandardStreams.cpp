@@ -14,7 +14,8 @@ namespace {
 bool Print(DWORD lStream, const std::string& sText, UINT lIcon) {
   const HANDLE hStream = ::GetStdHandle(lStream);
   if (hStream == nullptr || hStream == INVALID_HANDLE_VALUE) {
-    ::MessageBoxA(nullptr, sText.c_str(), "Varnel Disassembler/Assembler", MB_OK | lIcon);
+    ::MessageBoxA(nullptr, sText.c_str(), "Varnel Disassembler/Assembler",
+                  MB_OK | MB_SETFOREGROUND | lIcon);
     return true;
   }
   DWORD lWritten = 0;

@@ -98,10 +98,13 @@ std::int32_t WinToolkit::RunMessageBox(FormCore* pOwner, std::string_view sPromp
   const auto pKeep = pOwner != nullptr ? pOwner->shared_from_this() : nullptr;
   const auto fnUnloaded = [&] { return pKeep != nullptr && pKeep->IsUnloaded(); };
   if (fnUnloaded()) return DismissedAnswer(lStyle);
-  const HWND hOwner = pOwner != nullptr ? WindowOf(*pOwner) : nullptr;
+  const HWND hForm = pOwner != nullptr ? WindowOf(*pOwner) : nullptr;
+  const HWND hOwner = ::IsWindowVisible(hForm) != 0 ? hForm : nullptr;
+  // One without an owner could come up behind the windows of whoever started the program.
+  const auto lFront = hOwner == nullptr ? UINT{MB_SETFOREGROUND} : 0U;
   const int lAnswer =
-      ::MessageBoxA(::IsWindowVisible(hOwner) != 0 ? hOwner : nullptr, std::string(sPrompt).c_str(),
-                    std::string(sTitle).c_str(), static_cast<UINT>(lStyle));
+      ::MessageBoxA(hOwner, std::string(sPrompt).c_str(), std::string(sTitle).c_str(),
+                    static_cast<UINT>(lStyle) | lFront);
   return fnUnloaded() ? DismissedAnswer(lStyle) : lAnswer;
 }
 
