@@ -246,6 +246,8 @@ class EditWindow final : public TextBox, public ControlWindow {
       DrawDisabled();
       return 0;
     }
+    // Not every system hands on what a field of one line has no use for.
+    if (uMsg == WM_MOUSEWHEEL) return ::SendMessageW(frm.Window(), uMsg, wParam, lParam);
     if (uMsg == WM_PASTE && lMaxLength != 0) {
       Insert(ClipboardText());
       return 0;
