@@ -311,6 +311,7 @@ void WinForm::ShowPopupMenu(std::int16_t iMenu, std::optional<TwipsPoint> tAt) {
   } else {
     ::GetCursorPos(&tCorner);
   }
+  tMenus.Fill(hMenu);
   const BOOL lCommand = ::TrackPopupMenu(hMenu, TPM_RIGHTBUTTON | TPM_RETURNCMD, tCorner.x,
                                          tCorner.y, 0, hWnd, nullptr);
   if (lCommand != 0) ReportMenuClick(static_cast<WORD>(lCommand));
