@@ -18,6 +18,7 @@ constexpr const wchar_t* WINDOW_CLASS = L"VarnelForm";
 constexpr const wchar_t* DIALOG_CLASS = L"#32770";  // message boxes and common dialogs
 constexpr DWORD WINDOW_STYLE = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
 constexpr UINT_PTR TIMER = 1;
+constexpr UINT DIALOG_PATIENCE = 50;  // milliseconds between the answers to nested dialogs
 
 // Messages that a form posts to itself, for events that arise where nothing may be disturbed, as in
 // the middle of a change of focus.
@@ -48,6 +49,13 @@ std::vector<HWND> DialogsOf(HWND hOwner) {
   };
   ::EnumThreadWindows(::GetCurrentThreadId(), fnNote, reinterpret_cast<LPARAM>(&tSearch));
   return tSearch.second;
+}
+
+/// The window that takes the keys for a window: the last of the dialogs that stand one on the other
+/// in front of it, or itself.
+HWND FrontOf(HWND hWnd) {
+  for (std::vector<HWND> ahDialog; !(ahDialog = DialogsOf(hWnd)).empty();) hWnd = ahDialog.front();
+  return hWnd;
 }
 
 }  // namespace
@@ -157,12 +165,7 @@ void WinForm::BringToTop() {
 
 void WinForm::SetFocus() {
   if (IsUnloaded()) return;
-  // A form with a dialog is disabled, and the keys are for the dialog.
-  HWND hFront = hWnd;
-  for (std::vector<HWND> ahDialog; !(ahDialog = DialogsOf(hFront)).empty();) {
-    hFront = ahDialog.front();
-  }
-  ::SetForegroundWindow(hFront);
+  ::SetForegroundWindow(FrontOf(hWnd));  // a form with a dialog is disabled
 }
 
 void WinForm::SetMousePointer(MousePointer ePointer) {
@@ -324,20 +327,26 @@ FileDialogResult WinForm::ShowFileDialog(const FileDialogRequest& tRequest) {
   return IsUnloaded() ? FileDialogResult() : tResult;
 }
 
-/// Has all that is modal to this form come back, answered as by a button: a question has a No.
+/// Has all that is modal to this form come back, answered as by a button: a question has a No. A
+/// dialog with a message box of its own must not end under that: the last one is answered first,
+/// and when it has gone, by the timer, the one below.
 void WinForm::CloseDialogs() {
-  for (const HWND hDialog : DialogsOf(hWnd)) {
-    const bool bQuestion = ::GetDlgItem(hDialog, IDNO) != nullptr;
-    ::PostMessageW(hDialog, WM_COMMAND, bQuestion ? IDNO : IDCANCEL, 0);
+  // "Menus and Other Resources", WM_CANCELMODE: what the default procedure does is to end menus.
+  ::SendMessageW(hWnd, WM_CANCELMODE, 0, 0);
+  const std::vector<HWND> ahDialog = DialogsOf(hWnd);
+  for (const HWND hDialog : ahDialog) {
+    const HWND hFront = FrontOf(hDialog);
+    const bool bQuestion = ::GetDlgItem(hFront, IDNO) != nullptr;
+    ::PostMessageW(hFront, WM_COMMAND, bQuestion ? IDNO : IDCANCEL, 0);
   }
-  GUITHREADINFO tThread = {};
-  tThread.cbSize = sizeof(tThread);
-  if (::GetGUIThreadInfo(::GetCurrentThreadId(), &tThread) != 0 && tThread.hwndMenuOwner == hWnd)
-    ::EndMenu();
+  if (ahDialog.empty()) {
+    ::KillTimer(hWnd, TIMER);
+  } else {
+    ::SetTimer(hWnd, TIMER, DIALOG_PATIENCE, nullptr);
+  }
 }
 
 void WinForm::Vanish() {
-  ::KillTimer(hWnd, TIMER);
   CloseDialogs();
   ::ShowWindow(hWnd, SW_HIDE);
 }
@@ -352,7 +361,14 @@ LRESULT CALLBACK WinForm::Received(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM l
     ::SetWindowLongPtrW(hWnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(frmNew));
   }
   auto* const frm = reinterpret_cast<WinForm*>(::GetWindowLongPtrW(hWnd, GWLP_USERDATA));
-  if (frm != nullptr && !frm->IsUnloaded()) return frm->OnMessage(uMsg, wParam, lParam);
+  if (frm != nullptr && !frm->IsUnloaded()) {
+    try {
+      return frm->OnMessage(uMsg, wParam, lParam);
+    } catch (const std::bad_alloc&) {  // no error may cross the system's calls
+      return 0;
+    }
+  }
+  if (frm != nullptr && uMsg == WM_TIMER) frm->CloseDialogs();
   // An unloaded form's window goes with the form.
   return uMsg == WM_CLOSE ? 0 : ::DefWindowProcW(hWnd, uMsg, wParam, lParam);
 }
