@@ -149,6 +149,7 @@ inline constexpr platform::FormDesign FORM{
     .iListingColumns = 49,  // address, bytes, instruction and the characters of four bytes
     .lListingWidth = 6015,  // in a window of the design width with a frame of 60 twips a side
     .tSmallest = {SMALLEST_WIDTH, SMALLEST_HEIGHT},
+    .lGreatestWidth = WINDOW_WIDTH,
     .iTimerInterval = 100,
 };
 

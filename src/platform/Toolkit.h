@@ -93,6 +93,7 @@ struct FormDesign {
   std::int16_t iListingColumns;   ///< characters of a line that must be visible ...
   std::int32_t lListingWidth;     ///< ... in a list this wide, without scrolling sideways
   Size tSmallest;                 ///< least room for the controls, in twips
+  std::int32_t lGreatestWidth;    ///< of the window, for who drags its frame, in twips; 0: any
   std::int16_t iTimerInterval;    ///< the form's timer, in milliseconds; disabled at load
 };
 

@@ -16,6 +16,7 @@ namespace {
 
 constexpr const wchar_t* WINDOW_CLASS = L"VarnelForm";
 constexpr const wchar_t* DIALOG_CLASS = L"#32770";  // message boxes and common dialogs
+constexpr WPARAM SYSTEM_COMMAND = 0xFFF0;           // the bits of WM_SYSCOMMAND that tell which
 constexpr DWORD WINDOW_STYLE = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
 constexpr UINT_PTR TIMER = 1;
 constexpr UINT DIALOG_PATIENCE = 50;  // milliseconds between the answers to nested dialogs
@@ -64,6 +65,7 @@ WinForm::WinForm(WinToolkit& tItsToolkit, const FormDesign& tDesign,
                  std::shared_ptr<FormEvents> pLogic)
     : FormCore(tItsToolkit, tDesign.sName, std::move(pLogic)),
       tSmallest(tDesign.tSmallest),
+      lGreatestWidth(tDesign.lGreatestWidth),
       lTimerInterval(static_cast<UINT>(tDesign.iTimerInterval)),
       tMenus(tDesign.atMenu),
       hFont(FormFont(tDesign)),
@@ -394,6 +396,14 @@ LRESULT WinForm::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
     case WM_KEYDOWN:  // of a form of which no control has the focus
       if (RunDesignedKey(wParam)) return 0;
       break;
+    case WM_SYSCOMMAND:
+      if ((wParam & SYSTEM_COMMAND) == SC_SIZE) {
+        bSizing = true;  // until the user lets go of the edge
+        const LRESULT lResult = ::DefWindowProcW(hWnd, uMsg, wParam, lParam);
+        bSizing = false;
+        return lResult;
+      }
+      break;
     case WM_GETMINMAXINFO:
       LimitTracking(*reinterpret_cast<MINMAXINFO*>(lParam));
       return 0;
@@ -455,11 +465,14 @@ void WinForm::ReportMenuClick(WORD iCommand) {
   });
 }
 
-/// Neither the user nor the program makes the window smaller than its design allows.
+/// Neither the user nor the program makes the window smaller than its design allows. The user drags
+/// it no wider, either; the limit would also hold for a maximized window, which is to be as wide as
+/// the screen.
 void WinForm::LimitTracking(MINMAXINFO& tLimits) const {
   RECT tOuter = {0, 0, PixelsOf(tSmallest.lWidth), PixelsOf(tSmallest.lHeight)};
   ::AdjustWindowRect(&tOuter, WINDOW_STYLE, tMenus.Bar() != nullptr ? TRUE : FALSE);
   tLimits.ptMinTrackSize = {tOuter.right - tOuter.left, tOuter.bottom - tOuter.top};
+  if (bSizing && lGreatestWidth > 0) tLimits.ptMaxTrackSize.x = PixelsOf(lGreatestWidth);
 }
 
 /// A wheel turned over a control that stands on a list, such as an in-place editor, is the list's.

@@ -79,6 +79,7 @@ class WinForm final : public FormCore {
   void CloseDialogs();
 
   Size tSmallest;
+  std::int32_t lGreatestWidth;
   UINT lTimerInterval;
   WinMenus tMenus;
   std::vector<std::pair<KeyDesign, ControlWindow*>> atButtonKey;
@@ -92,6 +93,7 @@ class WinForm final : public FormCore {
   WindowState eFirstState = WindowState::Normal;  // until the form is shown
   bool bHourglass = false;
   bool bPassingWheel = false;
+  bool bSizing = false;        // the user is
   bool bTimerEnabled = false;  // what the timer posted before it was stopped still comes
   std::array<OwnedIcon, 2> ahIcon;
 };
