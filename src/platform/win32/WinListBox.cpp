@@ -1,6 +1,7 @@
 #include "platform/win32/WinListBox.h"
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 #include "platform/ListText.h"
@@ -49,7 +50,8 @@ std::int32_t ListWindow::Ask(UINT uMsg, std::int32_t lArgument) const {
 void ListWindow::SetLines(const ListLines* pNewLines) {
   pLines = pNewLines;
   lLongest = Longest(0, LineCount());
-  Show(0, -1);
+  Show(0, -1, 0, std::numeric_limits<std::int32_t>::max());
+  ::NotifyWinEvent(EVENT_OBJECT_REORDER, Handle(), OBJID_CLIENT, CHILDID_SELF);
 }
 
 void ListWindow::LinesReplaced(std::int32_t lFirst, std::int32_t lRemoved, std::int32_t lInserted) {
@@ -59,7 +61,13 @@ void ListWindow::LinesReplaced(std::int32_t lFirst, std::int32_t lRemoved, std::
   // The line that needs the horizontal scroll bar may be among the removed.
   lLongest = Extent() > tInside.right ? Longest(0, LineCount())
                                       : std::max(lLongest, Longest(lFirst, lInserted));
-  Show(tReplaced.Moved(TopIndex()), tReplaced.MovedSelection(SelectedIndex()));
+  // Where as many lines stand as before, those behind stay as they are drawn.
+  const bool bInPlace = lInserted == lRemoved && LineCount() == Ask(LB_GETCOUNT);
+  Show(tReplaced.Moved(TopIndex()), tReplaced.MovedSelection(SelectedIndex()), lFirst,
+       bInPlace ? lFirst + lInserted : std::numeric_limits<std::int32_t>::max());
+  if (!bInPlace) ::NotifyWinEvent(EVENT_OBJECT_REORDER, Handle(), OBJID_CLIENT, CHILDID_SELF);
+  for (std::int32_t lLine = lFirst; lLine < lFirst + lInserted; ++lLine)
+    ::NotifyWinEvent(EVENT_OBJECT_NAMECHANGE, Handle(), OBJID_CLIENT, lLine + 1);
 }
 
 std::int32_t ListWindow::LineCount() const { return pLines != nullptr ? pLines->LineCount() : 0; }
@@ -74,7 +82,8 @@ std::int32_t ListWindow::Longest(std::int32_t lFirst, std::int32_t lCount) const
 std::int32_t ListWindow::Extent() const { return TextLeft() + lLongest * lColumn; }
 
 /// Tells the control of the lines there are now, and what of them to show.
-void ListWindow::Show(std::int32_t lTop, std::int32_t lSelected) {
+void ListWindow::Show(std::int32_t lTop, std::int32_t lSelected, std::int32_t lFirst,
+                      std::int32_t lEnd) {
   // Each change of the scroll bars draws them anew.
   const bool bScrollBars = LineCount() != Ask(LB_GETCOUNT) ||
                            Extent() != Ask(LB_GETHORIZONTALEXTENT) || lTop != TopIndex();
@@ -88,7 +97,28 @@ void ListWindow::Show(std::int32_t lTop, std::int32_t lSelected) {
     Ask(LB_SETTOPINDEX, lTop);
     Ask(WM_SETREDRAW, TRUE);
   }
-  ::InvalidateRect(Handle(), nullptr, TRUE);
+  RECT tChanged = {};
+  ::GetClientRect(Handle(), &tChanged);
+  if (!bScrollBars) {
+    const std::int32_t lHeight = ItemHeightPixels();
+    const auto fnLineTop = [&](std::int32_t lLine) {
+      const LONG lMost = tChanged.bottom / lHeight + 1;
+      return std::clamp<LONG>(lLine - lTop, 0, lMost) * lHeight;
+    };
+    tChanged = {0, fnLineTop(lFirst), tChanged.right, fnLineTop(lEnd)};
+  }
+  ::InvalidateRect(Handle(), &tChanged, TRUE);
+}
+
+RECT ListWindow::PlaceOfLine(std::int32_t lIndex) const {
+  RECT tLine = {};
+  ::SendMessageA(Handle(), LB_GETITEMRECT, static_cast<WPARAM>(lIndex),
+                 reinterpret_cast<LPARAM>(&tLine));
+  return tLine;
+}
+
+void ListWindow::Choose(std::int32_t lIndex) {
+  if (Ask(LB_SETCURSEL, lIndex) != LB_ERR) Report(&FormEvents::Click);
 }
 
 std::int32_t ListWindow::SelectedIndex() const { return Ask(LB_GETCURSEL); }
@@ -210,7 +240,7 @@ void ListWindow::Notified(WORD iCode) {
 void ListWindow::GoToLineTyped(char bCharacter) {
   const std::int32_t lLine =
       LineCount() > 0 ? NextLineBeginning(*pLines, SelectedIndex(), bCharacter) : -1;
-  if (lLine >= 0 && Ask(LB_SETCURSEL, lLine) != LB_ERR) Report(&FormEvents::Click);
+  if (lLine >= 0) Choose(lLine);
 }
 
 LRESULT ListWindow::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {

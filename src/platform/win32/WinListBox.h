@@ -29,17 +29,22 @@ class ListWindow final : public ListBox, public ControlWindow {
   void Notified(WORD iCode) override;
   void Draw(const DRAWITEMSTRUCT& tItem) const;
 
+  std::int32_t LineCount() const;
+  std::string_view Line(std::int32_t lIndex) const { return pLines->Line(lIndex); }
+  RECT PlaceOfLine(std::int32_t lIndex) const;  ///< in the client area, or beyond it
+  void Choose(std::int32_t lIndex);             ///< as the user does, and into view
+
  protected:
   LRESULT OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) override;
 
  private:
   std::int32_t Ask(UINT uMsg, std::int32_t lArgument = 0) const;
-  std::int32_t LineCount() const;
   /// Columns of the longest of some lines.
   std::int32_t Longest(std::int32_t lFirst, std::int32_t lCount) const;
   std::int32_t Extent() const;  // width of the longest line in pixels
   void GoToLineTyped(char bCharacter);
-  void Show(std::int32_t lTop, std::int32_t lSelected);
+  /// @param lFirst, lEnd  the changed lines, up to but not including lEnd
+  void Show(std::int32_t lTop, std::int32_t lSelected, std::int32_t lFirst, std::int32_t lEnd);
   void DrawLine(HDC hSurface, const RECT& tLine, std::string_view sLine,
                 const LineColors& tColors) const;
 
