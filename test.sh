@@ -113,7 +113,7 @@ WindowsPackage() {
   # A program needs no DLL that Windows does not have.
   for sProgram in "$sFolder"/*.exe; do
     x86_64-w64-mingw32-objdump -p "$sProgram" | awk '/DLL Name/ { print tolower($3) }'
-  done | grep -vxE '(advapi32|comctl32|comdlg32|gdi32|kernel32|msvcrt|ole32|shell32|user32)\.dll' &&
+  done | grep -vxE '(advapi32|com(ctl|dlg)32|gdi32|kernel32|msvcrt|ole(32|acc|aut32)|shell32|user32)\.dll' &&
     return 1
   WINEPREFIX="$PWD/build/windows/wine" WINEDEBUG=-all Work "$PWD/$sFolder" .exe
 }

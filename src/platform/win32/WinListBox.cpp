@@ -6,6 +6,7 @@
 
 #include "platform/ListText.h"
 #include "platform/win32/SystemHandles.h"
+#include "platform/win32/WinAccessible.h"
 #include "platform/win32/WinColors.h"
 #include "platform/win32/WinForm.h"
 #include "platform/win32/WinMetrics.h"
@@ -37,6 +38,12 @@ ListWindow::ListWindow(WinForm& frmOwner, const ControlDesign& tDesign, HFONT hI
       hFont(hItsFont),
       lColumn(ColumnWidth(hFont)) {
   ::SendMessageA(Handle(), LB_SETITEMHEIGHT, 0, MeasuringSurface(hFont).Metrics().tmHeight);
+}
+
+ListWindow::~ListWindow() {
+  if (pAccessible == nullptr) return;
+  pAccessible->Disconnect();
+  pAccessible->Release();
 }
 
 std::int32_t ListWindow::Ask(UINT uMsg, std::int32_t lArgument) const {
@@ -247,6 +254,10 @@ LRESULT ListWindow::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
   if (uMsg == WM_CHAR) {
     GoToLineTyped(static_cast<char>(wParam));
     return 0;
+  }
+  if (uMsg == WM_GETOBJECT && static_cast<DWORD>(lParam) == static_cast<DWORD>(OBJID_CLIENT)) {
+    if (pAccessible == nullptr) pAccessible = new AccessibleList(*this);
+    return ::LresultFromObject(__uuidof(IAccessible), wParam, pAccessible);
   }
   const LRESULT lResult = ControlWindow::OnMessage(uMsg, wParam, lParam);
   // The selected line looks otherwise without the keyboard.

@@ -6,11 +6,16 @@
 
 namespace platform::win32 {
 
+class AccessibleList;
+
 /// A system list box that keeps nothing but the number of lines (LBS_NODATA) and has each visible
 /// one drawn here, every byte in a column of its own.
 class ListWindow final : public ListBox, public ControlWindow {
  public:
   ListWindow(WinForm& frmOwner, const ControlDesign& tDesign, HFONT hItsFont);
+  ~ListWindow() override;
+  ListWindow(const ListWindow&) = delete;
+  ListWindow& operator=(const ListWindow&) = delete;
 
   void SetLines(const ListLines* pNewLines) override;
   void LinesReplaced(std::int32_t lFirst, std::int32_t lRemoved, std::int32_t lInserted) override;
@@ -50,8 +55,9 @@ class ListWindow final : public ListBox, public ControlWindow {
 
   HFONT hFont;
   const ListLines* pLines = nullptr;
-  int lColumn;                // width of a column in pixels
-  std::int32_t lLongest = 0;  // columns of the longest line
+  AccessibleList* pAccessible = nullptr;  // once a tool has asked
+  int lColumn;                            // width of a column in pixels
+  std::int32_t lLongest = 0;              // columns of the longest line
 };
 
 }  // namespace platform::win32
