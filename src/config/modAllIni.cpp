@@ -29,6 +29,10 @@ bool bIniLoaded = false;
 std::uint32_t hIniFile = 0;
 std::string sIniObstacle;  // why the file could not be opened, other than that it was held
 
+// When the system ends the program, all windows' saves together have the attempts of one: it does
+// not wait for sixteen.
+int lLastAttemptsLeft = OPEN_ATTEMPTS;
+
 // Set when the load on first use has failed: reading the 78 values of all window placements must
 // not mean 78 times two and a half seconds of attempts, nor 78 messages.
 bool bIniLoadFailed = false;
@@ -48,6 +52,7 @@ bool IniOpen() {
     hIniFile = platform::OpenExclusiveFile(sPath, &sIniObstacle);
     if (IniIsOpen()) return true;
     hIniFile = 0;
+    if (platform::TheToolkit().IsEndingProgram() && lLastAttemptsLeft-- <= 0) break;
     platform::SleepMilliseconds(OPEN_RETRY_MILLISECONDS);
   }
   if (!sIniObstacle.empty()) sIniObstacle = sPath + "\r\n" + sIniObstacle;

@@ -317,6 +317,8 @@ class Toolkit {
   /// Ends the program at once: no form is unloaded, nothing is saved; what the system lent to the
   /// process goes back.
   [[noreturn]] virtual void EndProgram(std::int32_t lStatus) = 0;
+  /// Whether the forms close because the system ends the program, for which it waits some seconds.
+  virtual bool IsEndingProgram() const = 0;
 
   /// A modal message box over the form whose event is being handled; lStyle and the result are
   /// those of the Windows message box. Lets events run until it is gone; a box whose form is

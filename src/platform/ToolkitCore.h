@@ -27,11 +27,14 @@ class ToolkitCore : public Toolkit {
   std::int32_t MessageBox(std::string_view sPrompt, std::int32_t lStyle,
                           std::string_view sTitle) final;
   Size ScreenSize() const final;
+  bool IsEndingProgram() const final { return bEndingProgram; }
 
   // What follows is for the toolkit's own forms.
 
   /// Keeps a form that has unloaded until nobody can reach it any more.
   void FormUnloaded(const std::shared_ptr<FormCore>& pForm);
+  void TellOfNoMemory();  ///< in a message box, where there is memory for that
+  void NoteEndOfProgram() { bEndingProgram = true; }  ///< the system's doing
   /// Has Sweep called soon, once no handler is on the stack; unloaded forms may have become free.
   virtual void SweepLater() = 0;
   /// Exchanges the form whose event is being handled; gives the previous one, nullptr for none.
@@ -62,6 +65,8 @@ class ToolkitCore : public Toolkit {
   std::vector<std::shared_ptr<FormCore>> apForm;  // loaded or unloading, oldest first
   std::vector<UnloadedForm> atUnloaded;
   FormCore* pHandling = nullptr;
+  bool bEndingProgram = false;
+  bool bTellingOfNoMemory = false;
   std::chrono::steady_clock::time_point tLastEvents;
 };
 

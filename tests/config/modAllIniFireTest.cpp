@@ -3,6 +3,7 @@
 #include <deque>
 
 #include "config/modAllIni.h"
+#include "disass/RecordingToolkit.h"
 #include "platform/ExclusiveFile.h"
 #include "platform/TestProcess.h"
 
@@ -27,6 +28,7 @@ std::array<std::array<std::string, 2>, 2> Keys(std::size_t lWriter) {
 }
 
 const ChildCode WRITE([](const Arguments& asArgument) {
+  const recording::Toolkit tToolkit;
   const test::Shared<AllProgress> atProgress(asArgument[0]);
   const std::size_t lWriter = std::stoul(asArgument[1]);
   for (int iFlush = 1; iFlush <= FLUSHES; ++iFlush) {

@@ -47,6 +47,7 @@ struct Script {
   Action fnDuring = [] {};             ///< runs while a file dialog or pop-up menu is open
   platform::Size tScreen{20000, 15000};
   Form* pActive = nullptr;
+  bool bEndingProgram = false;
   std::vector<shared_ptr<Form>> apForm;      ///< the loaded ones, oldest first
   std::vector<shared_ptr<Form>> apGone;      ///< kept, so that use after the end is seen
   std::vector<shared_ptr<Form>> apHandling;  ///< whose events are handled, innermost last
@@ -332,6 +333,7 @@ class Toolkit final : public platform::Toolkit, public Script {
   }
   /// Throws the status. No std::exception: nothing in the program may take it for an error.
   [[noreturn]] void EndProgram(int32_t lStatus) override { throw lStatus; }
+  bool IsEndingProgram() const override { return bEndingProgram; }
   int32_t MessageBox(string_view sPrompt, int32_t lStyle, string_view sTitle) override {
     const shared_ptr<Form> pOwner = apHandling.back();
     atBox.emplace_back(sPrompt, lStyle, sTitle);

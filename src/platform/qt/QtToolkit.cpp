@@ -133,6 +133,9 @@ QtToolkit::QtToolkit(int& lArgc, char** asArgv)
   QObject::connect(&tmrSweep, &QTimer::timeout, &tmrSweep, [this]() { Sweep(); });
   // It stays readable: what opens after the signal, as behind a message at the start, closes, too.
   QObject::connect(&tEndSignal, &QSocketNotifier::activated, &tEndSignal, [this]() { CloseAll(); });
+  QObject::connect(
+      &tApplication, &QGuiApplication::commitDataRequest, &tApplication,
+      [this](QSessionManager& /*tSession*/) { NoteEndOfProgram(); }, Qt::DirectConnection);
 }
 
 QtToolkit::~QtToolkit() { LetGoOfForms(); }
@@ -168,6 +171,7 @@ bool QtToolkit::OnWayland() {
 }
 
 void QtToolkit::CloseAll() {
+  NoteEndOfProgram();
   // The oldest last: it is the place of the window closed last that the next start takes up.
   const std::vector<std::shared_ptr<FormCore>> apOpen(Forms().rbegin(), Forms().rend());
   for (const auto& pForm : apOpen) {

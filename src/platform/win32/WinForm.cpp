@@ -64,6 +64,7 @@ HWND FrontOf(HWND hWnd) {
 WinForm::WinForm(WinToolkit& tItsToolkit, const FormDesign& tDesign,
                  std::shared_ptr<FormEvents> pLogic)
     : FormCore(tItsToolkit, tDesign.sName, std::move(pLogic)),
+      tToolkit(tItsToolkit),
       tSmallest(tDesign.tSmallest),
       lGreatestWidth(tDesign.lGreatestWidth),
       lTimerInterval(static_cast<UINT>(tDesign.iTimerInterval)),
@@ -440,7 +441,10 @@ LRESULT WinForm::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
       if (OnWheel(wParam, lParam)) return 0;
       break;
     case WM_ENDSESSION:
-      if (wParam != FALSE) Unload();
+      if (wParam != FALSE) {
+        tToolkit.NoteEndOfProgram();
+        Unload();
+      }
       return 0;
     case WM_CLOSE:
       Unload();

@@ -78,6 +78,7 @@ class WinForm final : public FormCore {
   void RestoreFocus();
   void CloseDialogs();
 
+  WinToolkit& tToolkit;
   Size tSmallest;
   std::int32_t lGreatestWidth;
   UINT lTimerInterval;
