@@ -111,17 +111,20 @@ const std::string sTheirs = Text("[A]|k=1|[GENERAL]|theirs=1");
 const test::ChildCode HAVE_NO_FILE([](const test::Arguments& asArgument) {
   const auto& sWhere = asArgument[0];
   test::SetEnvironment("LOCALAPPDATA", asArgument[1]);
-  const std::string sPath = asArgument[1] + "/VARNEL/VARNEL.ini";
+  const std::string sSlash(1, platform::PATH_SEPARATOR);
+  const std::string sPath = asArgument[1] + sSlash + "VARNEL" + sSlash + "VARNEL.ini";
   const auto hHeld = sWhere == "held" ? platform::OpenExclusiveFile(sPath) : 0;
   ASSERT_TRUE(hHeld != 0 || test::GiveUpRights()) << "root may write anything";
   recording::Toolkit tToolkit;
   tToolkit.apHandling = {std::make_shared<recording::Form>(tToolkit, FormDesign{}, nullptr)};
   tToolkit.Answer(1, [] { EXPECT_EQ(IniGetValue("A", "k", "nested"), "nested"); });
   EXPECT_EQ(IniGetValue("A", "k", " d ") + IniGetValue("A", "k", "e"), "de") << sWhere;
-  const bool bLinux = platform::PATH_SEPARATOR == '/';
   std::string sMessage = "Unable to load configuration file";
   if (sWhere == "read-only") sMessage += "\r\n\r\n" + sPath + "\r\nIt is read-only";
-  if (sWhere == "folder" && bLinux) sMessage += "\r\n\r\n" + sPath + "\r\nIs a directory";
+  if (sWhere == "folder") {
+    sMessage += "\r\n\r\n" + sPath + "\r\n";
+    sMessage += platform::PATH_SEPARATOR == '/' ? "Is a directory" : "Access denied";
+  }
   const recording::Box tBox = {sMessage, 48, "Varnel - Error"};
   EXPECT_EQ(tToolkit.TakeBoxes(), std::vector{tBox}) << sWhere;
   IniSetValue("GENERAL", "ours", "2");

@@ -9,13 +9,28 @@ namespace platform {
 using win32::HandleOf;
 using win32::Noted;
 
+namespace {
+
+/// Why a file could not be opened for reading and writing, as the last failure has it.
+std::string ReasonNotOpened(const std::string& sPath) {
+  const DWORD lAttributes = ::GetFileAttributesA(sPath.c_str());
+  const bool bReadOnly = lAttributes != INVALID_FILE_ATTRIBUTES &&
+                         (lAttributes & FILE_ATTRIBUTE_READONLY) != 0 &&
+                         (lAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+  return bReadOnly ? "It is read-only" : win32::ErrorText(LastSystemError());
+}
+
+}  // namespace
+
 std::uint32_t OpenExclusiveFile(const std::string& sPath, std::string* psReason) {
   constexpr DWORD SHARED_WITH_NOBODY = 0;
   const std::uint32_t hFile = win32::NotedNumber(
       ::CreateFileA(sPath.c_str(), GENERIC_READ | GENERIC_WRITE, SHARED_WITH_NOBODY, nullptr,
                     OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-  const bool bHeld = hFile != 0 || LastSystemError() == ERROR_SHARING_VIOLATION;
-  if (psReason != nullptr) *psReason = bHeld ? "" : win32::ErrorText(LastSystemError());
+  if (psReason != nullptr) {
+    const bool bHeld = hFile != 0 || LastSystemError() == ERROR_SHARING_VIOLATION;
+    *psReason = bHeld ? "" : ReasonNotOpened(sPath);
+  }
   return hFile;
 }
 
