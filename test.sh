@@ -81,8 +81,8 @@ Holds() {
   done
 }
 
-# Whether the programs of a folder do what users ask of them first.
-Work() { python3 tests/e2e/Journeys.py Start "$1"/varnel-{emulator,disass,z80}"${2:-}"; }
+# Work JOURNEY FOLDER [END] - whether the programs of a folder, whose names end so, do a journey.
+Work() { python3 tests/e2e/Journeys.py "$1" "$2"/varnel-{emulator,disass,z80}"${3:-}"; }
 
 DebianPackage() {
   local sPackage
@@ -95,7 +95,7 @@ DebianPackage() {
     echo "NOT RUN: only root can install the package and remove it again"
     return
   fi
-  if apt-get install --yes --no-install-recommends "./$sPackage" >"$sLog" 2>&1 && Work /usr/bin &&
+  if apt-get install --yes --no-install-recommends "./$sPackage" >"$sLog" 2>&1 && Work Start /usr/bin &&
     apt-get remove --yes varnel >>"$sLog" 2>&1 && [ ! -e /usr/bin/varnel-disass ]; then
     return
   fi
@@ -106,7 +106,7 @@ DebianPackage() {
 WindowsPackage() {
   local sPackage sProgram sFolder=build/windows/unpacked
   sPackage="$(Package windows '*.zip')" || return 1
-  Holds "$(unzip -l "$sPackage")" /varnel-{disass,emulator,z80}.exe /README.txt \
+  Holds "$(unzip -l "$sPackage")" /varnel-{disass,emulator,z80}.exe /README.txt "/Try Varnel.cmd" \
     /notices/MinGW-w64.txt /notices/GCC.txt || return 1
   rm -rf "$sFolder"
   unzip -q -j "$sPackage" -d "$sFolder" || return 1
@@ -115,7 +115,8 @@ WindowsPackage() {
     x86_64-w64-mingw32-objdump -p "$sProgram" | awk '/DLL Name/ { print tolower($3) }'
   done | grep -vxE '(advapi32|com(ctl|dlg)32|gdi32|kernel32|msvcrt|ole(32|acc|aut32)|shell32|user32)\.dll' &&
     return 1
-  WINEPREFIX="$PWD/build/windows/wine" WINEDEBUG=-all Work "$PWD/$sFolder" .exe
+  local -x WINEPREFIX="$PWD/build/windows/wine" WINEDEBUG=-all
+  Work Start "$PWD/$sFolder" .exe && Work DoubleClick "$PWD/$sFolder" .exe
 }
 
 # Tidy PRESET FOLDER... - checks these folders of ours as that preset compiles them, in a log of the

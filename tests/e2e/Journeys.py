@@ -627,6 +627,66 @@ def Signals(t):
     t.End()
 
 
+def OtherPrograms(t):
+    """What other programs of the system do with the windows: close them, read them, end all."""
+    t.Emulate("--sample", "8000")
+
+    def Probe(*asArgument, **colMore):
+        sProbe = os.path.join(os.path.dirname(t.sDisass), "../tests/e2e/varnel-window-probe.exe")
+        return t.tDesktop.Start(t.tSystem.Command(sProbe, *asArgument), stdout=subprocess.PIPE,
+                                text=True, **colMore)
+
+    def Said(*asArgument):
+        return Probe(*asArgument).communicate(timeout=60)[0].splitlines()
+
+    def Ends():
+        assert t.tProgram.wait(20) == 0, t.tProgram.returncode
+        t.tEmulator.Expect("program 12 closed")
+
+    # A screen reader: the lines, and which of them it hears of when an instruction is typed.
+    t.Open()
+    lCount, lSelected, lMiddle, *asLine = Said("lines")
+    sListing = t.Disassembled(0x8000, 0xA000).decode("latin-1").rstrip("\r\n")
+    asExpected = re.sub("[\x00-\x09\x0B\x0C\x0E-\x1F\x7F-\x9F\xAD]", "\xB7", sListing).split("\r\n")
+    assert asLine == asExpected, next(tPair for tPair in zip(asLine, asExpected)
+                                      if tPair[0] != tPair[1])
+    assert int(lCount) == len(asLine) and lSelected == "1" and 10 < int(lMiddle) < 30, lMiddle
+    tReader = Probe("renamed")
+    assert tReader.stdout.readline() == "watching\n"
+    t.tDesktop.Keys("Return")
+    t.Edit("xor a", "8000: AF")
+    assert "XOR A" in tReader.stdout.readline()
+
+    for fnOpen in ThingsToHaveOpen(t):
+        for sEnd in ("close", "end-session"):
+            if t.tProgram.poll() is not None:
+                t.Open()
+            fnOpen()
+            Said(sEnd)
+            Ends()
+    # Four windows whose settings another program holds: the system waits for all of them once.
+    t.Open()
+    t.frm.OpenAnother().OpenAnother().OpenAnother()
+    tHolder = Probe("hold", t.tSystem.NameToType(t.tSystem.sIniFile), stdin=subprocess.PIPE)
+    assert tHolder.stdout.readline() == "held\n"
+    lMilliseconds, = Said("end-session")
+    assert int(lMilliseconds) < 4000, lMilliseconds
+    tHolder.stdin.close()
+    Ends()
+    t.Open()
+    t.End()
+
+
+def DoubleClick(t):
+    """What the Windows package is started by; the programs are the package's own."""
+    sCommand = os.path.join(os.path.dirname(t.sDisass), "Try Varnel.cmd")
+    t.tProgram = t.tDesktop.Start(t.tSystem.Command("start", "/wait", "/unix", sCommand))
+    t.Listed()
+    assert t.frm.Listing().startswith(b"8000 ")
+    t.frm.Close()
+    assert t.tProgram.wait(20) == 0, t.tProgram.returncode
+
+
 def DesktopEntry(t):
     """The package's desktop entry and its action, as a desktop starts them: nobody types or reads."""
     tEntry = configparser.RawConfigParser()
