@@ -103,6 +103,7 @@ class frmDisass final : public platform::FormEvents,
   double ListItemTwips() const;
   std::int32_t GetListItemHeight() const;
   std::int32_t VisibleLines() const;
+  void DropListing();
   bool RefreshFromChange(std::int32_t lAddrChanged, std::int32_t lBytesChanged);
 
   // In-place editor: frmDisassEditor.cpp.

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 #include "disass/frmDisass.h"
 #include "link/modALLSharedMap.h"
+#include "util/modALLUtilityMessages.h"
 
 using modALLDisass::abMemoryImage;
 using modALLUtility::ADDRESS_SPACE;
@@ -15,6 +17,22 @@ namespace {
 void TakeMemoryImage() {
   modALLSharedMap::CopyRamImage(abMemoryImage);
   ++modDISListing::lMemoryImageVersion;
+}
+
+/// Whether the memory sufficed for that.
+template <class Job>
+bool RunsInMemory(Job fnJob) {
+  try {
+    fnJob();
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+void TellOfNoMemory() {
+  modALLUtility::ShowMessage("Not enough memory for the listing", modALLUtility::MSG_EXCLAMATION,
+                             modALLUtility::TITLE_ERROR);
 }
 
 }  // namespace
@@ -30,17 +48,33 @@ void frmDisass::esegue_disass() {
   lstDis->SetVisible(false);
 
   TakeMemoryImage();
-  FillListing();
+  const bool bFilled = RunsInMemory([this] {
+    FillListing();
+    if (bUnloaded) {
+      return;
+    }
+    tListing.RebuildAddressMaps();
+    lstDis->SetLines(&tListing);
+  });
   if (bUnloaded) {
     return;
   }
-  tListing.RebuildAddressMaps();
-
-  lstDis->SetLines(&tListing);
+  if (!bFilled) {
+    DropListing();
+  }
   lstDis->SetVisible(true);
   frmForm->SetMousePointer(platform::MousePointer::Default);
   cmdDisass->SetEnabled(true);
   bInDisass = false;
+  if (!bFilled) {
+    TellOfNoMemory();
+  }
+}
+
+/// For want of memory: an empty list, rather than a part of one that would be taken for the whole.
+void frmDisass::DropListing() {
+  lstDis->SetLines(nullptr);
+  tListing.Clear(lStartAddr, lEndAddr);
 }
 
 /// Decodes the range into lines, letting events run after each one. Where an event changed the
@@ -163,11 +197,21 @@ std::int32_t frmDisass::VisibleLines() const {
 /// Brings the listing, its tables and the list up to date after a change that is already in the
 /// decoder's memory image; false when no listed line shows a changed byte.
 bool frmDisass::RefreshFromChange(std::int32_t lAddrChanged, std::int32_t lBytesChanged) {
-  const auto atReplaced = tListing.RefreshChanged(abMemoryImage, lAddrChanged, lBytesChanged);
-  for (const auto& [lFirst, lRemoved, lInserted] : atReplaced) {
-    lstDis->LinesReplaced(lFirst, lRemoved, lInserted);
+  bool bShown = false;
+  const bool bRefreshed = RunsInMemory([&] {
+    const auto atReplaced = tListing.RefreshChanged(abMemoryImage, lAddrChanged, lBytesChanged);
+    for (const auto& [lFirst, lRemoved, lInserted] : atReplaced) {
+      lstDis->LinesReplaced(lFirst, lRemoved, lInserted);
+    }
+    bShown = !atReplaced.empty();
+  });
+  if (bRefreshed) {
+    return bShown;
   }
-  return !atReplaced.empty();
+  CloseAsmEditor(true);
+  DropListing();
+  TellOfNoMemory();
+  return false;
 }
 
 void frmDisass::DisassExternalRamChanged(std::int32_t lAddrChanged, std::int16_t iBytesChanged) {

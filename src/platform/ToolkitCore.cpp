@@ -71,6 +71,17 @@ std::int32_t ToolkitCore::MessageBox(std::string_view sPrompt, std::int32_t lSty
 
 Size ToolkitCore::ScreenSize() const { return TwipsOf(ScreenPixels(), *this); }
 
+void ToolkitCore::TellOfNoMemory() {
+  constexpr std::int32_t EXCLAMATION = 48;
+  // While the message is open, the next event may fail for the same reason.
+  if (std::exchange(bTellingOfNoMemory, true)) return;
+  try {
+    MessageBox("Not enough memory", EXCLAMATION, "Varnel - Error");
+  } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): the window lives, untold
+  }
+  bTellingOfNoMemory = false;
+}
+
 void ToolkitCore::FormUnloaded(const std::shared_ptr<FormCore>& pForm) {
   std::erase(apForm, pForm);
   atUnloaded.push_back({pForm, pForm->Logic()});
@@ -159,7 +170,8 @@ void FormCore::SetWidth(double dWidth) {
 Size FormCore::InnerSize() const { return TwipsOf(InnerPixels(), tToolkit); }
 
 void FormCore::Load() {
-  Deliver([this](FormEvents& tEvents) { tEvents.Load(*this); });
+  const Delivery tDelivery(*this);
+  tDelivery.pLogic->Load(*this);
 }
 
 void FormCore::Unload() {

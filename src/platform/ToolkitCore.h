@@ -4,6 +4,7 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <new>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -92,19 +93,25 @@ class FormCore : public Form, public std::enable_shared_from_this<FormCore> {
   Size InnerSize() const final;
   void Unload() final;
 
-  void Load();                                                 ///< raises the Load event
+  void Load();  ///< raises the Load event; lets its errors through
   bool IsUnloaded() const { return eLife == Life::Unloaded; }  ///< QueryUnload has ended
   bool WasShown() const { return bShown; }
   const std::shared_ptr<FormEvents>& Logic() const { return pEvents; }
 
   /// The one way of every event to the form's logic: gives what fnCall gives, or the result type's
-  /// default when the form is closing. Form and logic stay alive until it returns.
+  /// default when the form is closing, or when memory ran out, which the user is told. Form and
+  /// logic stay alive until it returns.
   template <class Call>
   auto Deliver(Call&& fnCall) {
     using Result = std::invoke_result_t<Call, FormEvents&>;
     if (eLife != Life::Loaded) return Result();
     const Delivery tDelivery(*this);
-    return std::forward<Call>(fnCall)(*tDelivery.pLogic);
+    try {
+      return std::forward<Call>(fnCall)(*tDelivery.pLogic);
+    } catch (const std::bad_alloc&) {
+      tToolkit.TellOfNoMemory();
+    }
+    return Result();
   }
 
  protected:

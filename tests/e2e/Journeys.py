@@ -8,6 +8,7 @@ import fcntl
 import os
 import random
 import re
+import resource
 import shutil
 import signal
 import subprocess
@@ -571,6 +572,38 @@ def Signals(t):
         frmOther.ToFront()
         frmOther.OpenAnother()
         Question()
+
+    def SaveDialogWithError():
+        frmDialog = SaveDialog()
+        t.tDesktop.Type(t.tSystem.NameToType("/nowhere/at all.txt") + "\n")
+        t.tDesktop.Window(t.tSystem.SAVE_DIALOG + "|", frmDialog.sId)  # Wine's has no caption
+
+    return (Nothing, Error, Question, SaveDialog, SaveDialogWithError, PopupMenu, WindowMenu,
+            Editor, Listing, OtherWindows)
+
+
+def NoMemory(t):
+    """A listing that memory runs out for is said to be missing, and stands there once it suffices."""
+    t.Emulate("--sample", "8000")
+    t.Open()
+    sStatus = Path("/proc/%d/status" % t.tProgram.pid).read_text()
+    lBytes = int(re.search(r"VmSize:\s+(\d+)", sStatus)[1]) * 1024 + 1000000
+    resource.prlimit(t.tProgram.pid, resource.RLIMIT_AS, (lBytes, resource.RLIM_INFINITY))
+    t.frm.Enter(TXT_START, "0\tffff\t")
+    t.tDesktop.Answer(ERROR, *DEFAULT)
+    resource.prlimit(t.tProgram.pid, resource.RLIMIT_AS, (resource.RLIM_INFINITY,) * 2)
+    t.tDesktop.Keys("F5")
+    t.ExpectListing(0, 0xFFFF)
+    t.End()
+
+
+def Signals(t):
+    """A signal closes the windows as their user would, whatever is open in them."""
+    tIniFile = Path(t.tSystem.sIniFile)
+    sElsewhere = t.tSystem.sFolder + "/elsewhere"  # where no emulator runs
+    os.mkdir(sElsewhere)
+    t.Emulate("--sample", "8000")
+    abMemory = t.tEmulator.Memory()
 
     def Closes(*aeSignal):
         """Whether that is what the signals do."""

@@ -112,6 +112,14 @@ class QtToolkit::MouseWatch final : public QObject {
   MouseProc fnProc;
 };
 
+bool QtToolkit::Application::notify(QObject* pReceiver, QEvent* pEvent) {
+  try {
+    return QApplication::notify(pReceiver, pEvent);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
 QtToolkit::QtToolkit(int& lArgc, char** asArgv)
     : tApplication(lArgc, asArgv), tEndSignal(CatchFirstEndSignal(), QSocketNotifier::Read) {
   // Forms are drawn for controls of the usual heights, which not every desktop's style keeps to.

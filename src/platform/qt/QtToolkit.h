@@ -59,6 +59,14 @@ class QtToolkit final : public ToolkitCore {
   const QImage* Icon(std::uint32_t hIcon) const;  ///< nullptr: no such icon
 
  private:
+  /// Has the program outlive an event, such as a window's drawing, that memory ran out for: Qt lets
+  /// errors be caught here alone.
+  class Application final : public QApplication {
+   public:
+    using QApplication::QApplication;
+    bool notify(QObject* pReceiver, QEvent* pEvent) override;
+  };
+
   class MouseWatch;
   struct ListWindow {
     WindowProc fnProc;
@@ -74,7 +82,7 @@ class QtToolkit final : public ToolkitCore {
   Size ScreenPixels() const override;
   void CloseAll();  ///< as the user closes them: all forms, and what is open over them
 
-  QApplication tApplication;
+  Application tApplication;
   QSocketNotifier tEndSignal;
   QTimer tmrSweep;
   bool bRunning = false;

@@ -108,7 +108,11 @@ LRESULT CALLBACK ControlWindow::Received(HWND hWnd, UINT uMsg, WPARAM wParam, LP
     default:
       break;
   }
-  return tControl.OnMessage(uMsg, wParam, lParam);
+  try {
+    return tControl.OnMessage(uMsg, wParam, lParam);
+  } catch (const std::bad_alloc&) {  // no error may cross the system's calls
+    return 0;
+  }
 }
 
 LRESULT ControlWindow::OnMessage(UINT uMsg, WPARAM wParam, LPARAM lParam) {
