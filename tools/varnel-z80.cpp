@@ -23,7 +23,6 @@ namespace {
 constexpr int STATUS_OK = 0;
 constexpr int STATUS_FOUND = 1;  // the run was sound, what it looked at was not
 constexpr int STATUS_ERROR = 2;
-constexpr std::uint8_t MIDDLE_DOT = 0xB7;  // ISO 8859-1
 
 constexpr std::string_view HELP =
     R"(Usage: varnel-z80 dis [--org HEX] [--start HEX] [--end HEX] FILE
@@ -94,7 +93,7 @@ void PrintLine(std::string_view sLine, std::string_view sLineEnd) {
   const bool bUtf8 = sLocale.ends_with("UTF-8") || sLocale.ends_with("utf8");
   for (const char bCharacter : sLine) {
     auto bCode = static_cast<std::uint8_t>(bCharacter);
-    if (platform::IsShownAsMark(bCode)) bCode = bUtf8 ? MIDDLE_DOT : '.';
+    if (platform::IsShownAsMark(bCode)) bCode = bUtf8 ? platform::MARK_CHARACTER : '.';
     if (bUtf8 && bCode >= 0x80) {
       std::cout << static_cast<char>(0xC0U | bCode >> 6U);
       bCode = 0x80U | (bCode & 0x3FU);

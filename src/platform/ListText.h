@@ -26,8 +26,8 @@ constexpr bool IsShownAsMark(unsigned char bCode) {
   return bCode < 0x20 || (bCode >= 0x7F && bCode < 0xA0) || bCode == 0xAD;
 }
 
-/// What stands for a mark in a text that goes to other programs, such as a screen reader: a dot.
-inline constexpr unsigned char SPOKEN_MARK = 0xB7;
+/// What stands for a mark in texts, as for a screen reader or a terminal: the middle dot.
+inline constexpr unsigned char MARK_CHARACTER = 0xB7;
 
 /// The columns that a line needs, one a byte; a blank at its end needs none.
 constexpr std::int32_t TextColumns(std::string_view sLine) {

@@ -58,7 +58,7 @@ class LinesModel final : public QAbstractListModel {
     QString sText = QString::fromLatin1(sLine.data(), static_cast<qsizetype>(sLine.size()));
     for (QChar& tCharacter : sText) {
       if (IsShownAsMark(static_cast<unsigned char>(tCharacter.toLatin1())))
-        tCharacter = QChar(SPOKEN_MARK);
+        tCharacter = QChar(MARK_CHARACTER);
     }
     return sText;
   }

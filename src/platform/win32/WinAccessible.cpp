@@ -100,7 +100,7 @@ HRESULT AccessibleList::get_accName(VARIANT tChild, BSTR* pName) {
   if (*pName == nullptr) return E_OUTOFMEMORY;
   std::ranges::transform(sLine, *pName, [](char bCharacter) {
     const auto bCode = static_cast<unsigned char>(bCharacter);
-    return static_cast<wchar_t>(IsShownAsMark(bCode) ? SPOKEN_MARK : bCode);
+    return static_cast<wchar_t>(IsShownAsMark(bCode) ? MARK_CHARACTER : bCode);
   });
   return S_OK;
 }
