@@ -218,6 +218,20 @@ class Desktop:
         self.Do("set_num_desktops", lDesktops)
         Until(lambda: self.Ask("get_num_desktops") == str(lDesktops), "the window manager")
 
+    def Rest(self):
+        """Waits until no program has anything left to do, such as keys that were typed."""
+        def IsAsleep(tProcess):
+            sStatus = Path("/proc/%d/stat" % tProcess.pid).read_text()
+            return sStatus.rpartition(")")[2].split()[0] not in "RD"
+
+        def AllSleep():
+            for _ in range(5):
+                time.sleep(0.01)
+                if not all(IsAsleep(tEach) for tEach in self.atProcess if tEach.poll() is None):
+                    return False
+            return True
+        Until(AllSleep, "the programs to rest")
+
     def Window(self, sCaption=CAPTION, sNot=""):
         """The window with such a caption (a pattern) but this number, once it has the keyboard."""
         def Found():
@@ -339,6 +353,8 @@ class Window:
         return tuple(int(sValue) for sValue in re.findall(r"[xy]:(-?\d+)", sPlace))
 
     def ToFront(self):
+        # Wine hands keys to whatever window is in front by the time that it comes to them.
+        self.tDesktop.Rest()
         self.tDesktop.Do("windowactivate", self.sId)
         Until(lambda: self.tDesktop.Ask("getwindowfocus") == self.sId, "the window in front")
 
