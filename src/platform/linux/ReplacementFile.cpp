@@ -16,12 +16,17 @@ namespace {
 constexpr std::string_view PREFIX = ".varnel-";
 constexpr std::string_view RANDOM_PART = "XXXXXX";  // mkostemp(3)
 
+// How often a new file that has lost its name is made again; a file system that counts no names
+// must not have it made for ever.
+constexpr int MOST_TRIES = 3;
+
 std::string FolderOf(const std::string& sPath) { return sPath.substr(0, sPath.rfind('/') + 1); }
 
 }  // namespace
 
 ReplacementFile::ReplacementFile(std::string sPathToReplace) : sPath(std::move(sPathToReplace)) {
-  do {
+  for (int lTry = 0; lTry < MOST_TRIES; ++lTry) {
+    if (!sNew.empty()) ::unlink(sNew.c_str());
     sNew = FolderOf(sPath).append(PREFIX).append(RANDOM_PART);
     tFile = FileDescriptor(::mkostemp(sNew.data(), O_CLOEXEC));
     if (!tFile.IsOpen()) {
@@ -30,7 +35,8 @@ ReplacementFile::ReplacementFile(std::string sPathToReplace) : sPath(std::move(s
     }
     // A file system without locks has none to tell strays by, either.
     tFile.Lock(F_OFD_SETLKW, F_WRLCK, 0, 0);
-  } while (!tFile.HasName());  // taken for a stray before it was locked
+    if (tFile.HasName()) return;  // not taken for a stray before it was locked
+  }
 }
 
 ReplacementFile::~ReplacementFile() {
